@@ -1,0 +1,280 @@
+#include "core/NumberText.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "core/Error.h"
+#include "core/SerialDate.h"
+
+namespace tnw {
+
+namespace {
+
+// Significant digits and decimal exponent of a finite, non-zero number: the value is
+// 0.d1d2d3... x 10^(lExponent + 1), i.e. d1.d2d3... x 10^lExponent.
+struct Decimal {
+    char aDigits[32];
+    int nDigits = 0;
+    int lExponent = 0;
+    bool bNegative = false;
+};
+
+// Splits the scientific text of std::to_chars ("-d.ddde+XX") into a Decimal.
+void SplitScientific(const char* pFirst, const char* pLast, Decimal& tDec) {
+    const char* p = pFirst;
+    tDec.bNegative = (*p == '-');
+    if (tDec.bNegative) ++p;
+    tDec.nDigits = 0;
+    for (; p < pLast && *p != 'e'; ++p)
+        if (*p != '.') tDec.aDigits[tDec.nDigits++] = *p;
+    int lExponent = 0;
+    if (p < pLast) std::from_chars(p[1] == '+' ? p + 2 : p + 1, pLast, lExponent);
+    tDec.lExponent = lExponent;
+    while (tDec.nDigits > 1 && tDec.aDigits[tDec.nDigits - 1] == '0') --tDec.nDigits;
+}
+
+// The digits of the number correctly rounded to at most nSignificant digits. The shortest
+// round-trip digits are used when they are few enough: they are then exactly what rounding
+// to nSignificant digits gives, since that grid is coarser than the type's own.
+template <class T>
+void ToDecimal(T value, int nSignificant, Decimal& tDec) {
+    char aText[64];
+    auto res = std::to_chars(aText, aText + sizeof aText, value, std::chars_format::scientific);
+    SplitScientific(aText, res.ptr, tDec);
+    if (tDec.nDigits <= nSignificant) return;
+    res = std::to_chars(aText, aText + sizeof aText, value, std::chars_format::scientific,
+                        nSignificant - 1);
+    SplitScientific(aText, res.ptr, tDec);
+}
+
+// Writes a Decimal as %G would with nSignificant digits, without the zero before the decimal
+// mark and with a blank in front of a non-negative number.
+void AppendDecimal(std::string& sOut, const Decimal& tDec, int nSignificant) {
+    sOut.push_back(tDec.bNegative ? '-' : ' ');
+    const int x = tDec.lExponent;
+    if (x < -4 || x >= nSignificant) {
+        sOut.push_back(tDec.aDigits[0]);
+        if (tDec.nDigits > 1) {
+            sOut.push_back('.');
+            sOut.append(tDec.aDigits + 1, static_cast<std::size_t>(tDec.nDigits - 1));
+        }
+        sOut.push_back('E');
+        sOut.push_back(x < 0 ? '-' : '+');
+        int lAbs = x < 0 ? -x : x;
+        if (lAbs < 10) sOut.push_back('0');
+        char aExp[8];
+        auto res = std::to_chars(aExp, aExp + sizeof aExp, lAbs);
+        sOut.append(aExp, res.ptr);
+        return;
+    }
+    if (x >= 0) {
+        const int nInt = x + 1;
+        for (int i = 0; i < nInt; ++i) sOut.push_back(i < tDec.nDigits ? tDec.aDigits[i] : '0');
+        if (tDec.nDigits > nInt) {
+            sOut.push_back('.');
+            sOut.append(tDec.aDigits + nInt, static_cast<std::size_t>(tDec.nDigits - nInt));
+        }
+        return;
+    }
+    sOut.push_back('.');
+    sOut.append(static_cast<std::size_t>(-x - 1), '0');
+    sOut.append(tDec.aDigits, static_cast<std::size_t>(tDec.nDigits));
+}
+
+template <class T>
+void AppendFloating(std::string& sOut, T value, int nSignificant) {
+    if (!std::isfinite(value)) Raise(errOverflow);
+    if (value == 0) {
+        sOut += " 0";
+        return;
+    }
+    Decimal tDec;
+    ToDecimal(value, nSignificant, tDec);
+    AppendDecimal(sOut, tDec, nSignificant);
+}
+
+bool IsSkipped(char c) { return c == ' ' || c == '\t' || c == '\n'; }
+
+int DigitValue(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return 99;
+}
+
+}  // namespace
+
+void AppendNumberText(std::string& sOut, double dValue) { AppendFloating(sOut, dValue, 15); }
+
+void AppendNumberText(std::string& sOut, float fValue) { AppendFloating(sOut, fValue, 7); }
+
+void AppendNumberText(std::string& sOut, std::int32_t lValue) {
+    if (lValue >= 0) sOut.push_back(' ');
+    char aText[16];
+    auto res = std::to_chars(aText, aText + sizeof aText, lValue);
+    sOut.append(aText, res.ptr);
+}
+
+std::string NumberText(double dValue) {
+    std::string s;
+    AppendNumberText(s, dValue);
+    return s;
+}
+
+void AppendNumberText(std::string& sOut, const Variant& vValue) {
+    switch (vValue.Type()) {
+        case vtEmpty: sOut += " 0"; return;
+        case vtInt16: AppendNumberText(sOut, static_cast<std::int32_t>(*vValue.As<std::int16_t>())); return;
+        case vtInt32: AppendNumberText(sOut, *vValue.As<std::int32_t>()); return;
+        case vtFloat: AppendNumberText(sOut, *vValue.As<float>()); return;
+        case vtDouble: AppendNumberText(sOut, *vValue.As<double>()); return;
+        case vtBoolean: sOut += *vValue.As<bool>() ? "True" : "False"; return;
+        case vtDate: sOut += DateText(*vValue.As<SerialDate>()); return;
+        case vtString: AppendNumberText(sOut, vValue.ToDouble()); return;
+        default: Raise(errTypeMismatch);
+    }
+}
+
+std::string NumberText(const Variant& vValue) {
+    std::string s;
+    AppendNumberText(s, vValue);
+    return s;
+}
+
+double TextToNumber(std::string_view sText) {
+    const char* p = sText.data();
+    const char* const pEnd = p + sText.size();
+    auto skip = [&] {
+        while (p < pEnd && IsSkipped(*p)) ++p;
+    };
+
+    skip();
+    if (p + 1 < pEnd && *p == '&') {
+        int nBase = 0;
+        if (p[1] == 'H' || p[1] == 'h') nBase = 16;
+        if (p[1] == 'O' || p[1] == 'o') nBase = 8;
+        if (nBase == 0) return 0.0;
+        p += 2;
+        double dValue = 0.0;
+        for (skip(); p < pEnd; ++p, skip()) {
+            int d = DigitValue(*p);
+            if (d >= nBase) break;
+            dValue = dValue * nBase + d;
+        }
+        return dValue;
+    }
+
+    // Gather the number's characters without the skipped ones, in a form from_chars reads.
+    char aBuffer[128];
+    std::string sLong;  // only for numbers longer than the buffer
+    std::size_t n = 0;
+    auto put = [&](char c) {
+        if (n < sizeof aBuffer) {
+            aBuffer[n++] = c;
+            return;
+        }
+        if (sLong.empty()) sLong.assign(aBuffer, n);
+        sLong.push_back(c);
+        ++n;
+    };
+
+    if (p < pEnd && (*p == '-' || *p == '+')) {
+        if (*p == '-') put('-');
+        ++p;
+        skip();
+    }
+    bool bDigits = false;
+    bool bPoint = false;
+    for (; p < pEnd; ++p, skip()) {
+        if (*p >= '0' && *p <= '9') {
+            put(*p);
+            bDigits = true;
+        } else if (*p == '.' && !bPoint) {
+            put('.');
+            bPoint = true;
+        } else {
+            break;
+        }
+    }
+    if (!bDigits) return 0.0;
+    if (p < pEnd && (*p == 'E' || *p == 'e' || *p == 'D' || *p == 'd')) {
+        const char* pMark = p;
+        ++p;
+        skip();
+        char cSign = '+';
+        if (p < pEnd && (*p == '-' || *p == '+')) {
+            cSign = *p++;
+            skip();
+        }
+        if (p < pEnd && *p >= '0' && *p <= '9') {
+            put('e');
+            put(cSign);
+            for (; p < pEnd && *p >= '0' && *p <= '9'; ++p, skip()) put(*p);
+        } else {
+            p = pMark;
+        }
+    }
+
+    const char* pFirst = sLong.empty() ? aBuffer : sLong.data();
+    double dValue = 0.0;
+    auto res = std::from_chars(pFirst, pFirst + n, dValue);
+    if (res.ec == std::errc::result_out_of_range) {
+        // Too small rounds to zero; too large has no double.
+        bool bLarge = false;
+        for (std::size_t i = 0; i < n; ++i) {
+            if (pFirst[i] == 'e') {
+                bLarge = pFirst[i + 1] == '+';
+                break;
+            }
+        }
+        if (bLarge) Raise(errOverflow);
+        return 0.0;
+    }
+    return dValue;
+}
+
+double RoundHalfEven(double dValue, int nDecimals) {
+    if (!std::isfinite(dValue) || dValue == 0.0) return dValue;
+    Decimal tDec;
+    ToDecimal(dValue, 17, tDec);
+    // Decimal places the shortest digits carry.
+    const int nPlaces = tDec.nDigits - 1 - tDec.lExponent;
+    if (nPlaces <= nDecimals) return dValue;
+    const int nKeep = tDec.nDigits - (nPlaces - nDecimals);
+    if (nKeep < 0) return 0.0;
+
+    // The kept digits as a decimal integer, then the decision on the dropped ones.
+    char aText[48];
+    int n = 0;
+    if (tDec.bNegative) aText[n++] = '-';
+    aText[n++] = '0';  // room for a carry
+    for (int i = 0; i < nKeep; ++i) aText[n++] = tDec.aDigits[i];
+    const char cFirstDropped = tDec.aDigits[nKeep];
+    bool bRestZero = true;
+    for (int i = nKeep + 1; i < tDec.nDigits; ++i)
+        if (tDec.aDigits[i] != '0') bRestZero = false;
+    const char cLastKept = nKeep > 0 ? tDec.aDigits[nKeep - 1] : '0';
+    const bool bUp = cFirstDropped > '5' || (cFirstDropped == '5' && !bRestZero) ||
+                     (cFirstDropped == '5' && bRestZero && (cLastKept - '0') % 2 == 1);
+    if (bUp) {
+        int i = n - 1;
+        while (aText[i] == '9') aText[i--] = '0';
+        ++aText[i];
+    }
+    aText[n++] = 'e';
+    auto res = std::to_chars(aText + n, aText + sizeof aText, -nDecimals);
+    double dResult = 0.0;
+    std::from_chars(aText, res.ptr, dResult);
+    return dResult;
+}
+
+std::int32_t RoundToLong(double dValue) {
+    if (!(dValue >= -2147483648.5 && dValue <= 2147483647.5)) Raise(errOverflow);
+    double dRounded = std::nearbyint(dValue);
+    if (dRounded < -2147483648.0 || dRounded > 2147483647.0) Raise(errOverflow);
+    return static_cast<std::int32_t>(dRounded);
+}
+
+}  // namespace tnw

@@ -1,0 +1,9 @@
+set(tnw_sources
+    Component.cpp
+    Error.cpp
+    ItnwEncoder.cpp
+    KeyedList.cpp
+    NumberText.cpp
+    SerialDate.cpp
+    Services.cpp
+    Variant.cpp)

@@ -1,0 +1,63 @@
+// Geometry preparation for polyline and polygon records: a geometry is flattened into one
+// record's accumulators (the output points, where each part starts, the record's box), with
+// polygon rings turned to the shapefile winding (exterior clockwise, holes counter-clockwise).
+//
+// These are operations of the shapefile encoder; they live here as free functions over the
+// encoder's settings so that the winding and flattening rules have one home. Each reports its
+// own failures through the error path under its encoder source text
+// ("tnwShapeEncoder.PolygonToPoints" and so on) and never raises.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "core/GISLib.h"
+#include "core/ShapeBox.h"
+
+namespace tnw::detail {
+
+// The encoder settings that act on coordinates, read at the moment of each call.
+struct FlattenSettings {
+    std::shared_ptr<tnwProjection> oProjection;  // may be nothing
+    double dXOffset = 0.0;
+    double dYOffset = 0.0;
+    std::shared_ptr<tnwGISFactory> oFactory;     // the encoder's point factory
+};
+
+// One record's accumulators, started afresh for each record. Making them raises error 429
+// when no point list can be created.
+struct PartAccumulators {
+    ShapeBox tBox;                          // ResetBox at the start
+    std::shared_ptr<tnwPointList> oPoints;  // a new, empty list
+    std::vector<std::int32_t> vParts;       // index in oPoints where each part starts
+    std::int32_t lPartIndex = 0;            // next free slot of vParts
+
+    PartAccumulators();
+};
+
+// True when the ring runs clockwise (X right, Y up), judged at its lowest-then-leftmost vertex.
+// Any failure is reported under "tnwShapeEncoder.IsClockwise" and gives false.
+bool IsClockwise(const std::shared_ptr<ILineString>& oRing);
+
+// Appends one polygon's rings; vParts must already have room for them. PolygonToPoints takes
+// the fast path when there is no projection and both offsets are exactly 0.
+void PolygonToPoints(const FlattenSettings& tSettings, PartAccumulators& tAcc,
+                     std::shared_ptr<IPolygon> oPolygon);
+void FastPolygonToPoints(PartAccumulators& tAcc, const std::shared_ptr<IPolygon>& oPolygon);
+// Appends one line; vParts must already have room for it.
+void LineToPoints(const FlattenSettings& tSettings, PartAccumulators& tAcc,
+                  const std::shared_ptr<ILineString>& oLine);
+
+// The gathering rules of the two record writers: which polygons or lines of a geometry make up
+// one record. They give the number of parts the record has to write, with vParts and oPoints
+// in agreement with it; 0 means write nothing: nothing was gathered, or a conversion stopped
+// part-way (a record is written whole or not at all). Failures of the geometry's own
+// operations while gathering (NumGeometries, a multi-polygon member that is no polygon...)
+// pass up to the writer's handler.
+std::int32_t GatherPolygons(const FlattenSettings& tSettings, PartAccumulators& tAcc,
+                            const std::shared_ptr<IGeometry>& oGeometry);
+std::int32_t GatherLines(const FlattenSettings& tSettings, PartAccumulators& tAcc,
+                         const std::shared_ptr<IGeometry>& oGeometry);
+
+}  // namespace tnw::detail

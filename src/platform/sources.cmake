@@ -1,0 +1,4 @@
+set(tnw_sources
+    CodePage.cpp
+    File.cpp
+    Hooks.cpp)

@@ -1,0 +1,2 @@
+set(tnw_sources
+    mLog.cpp)

@@ -1,0 +1,2 @@
+# Sources of standins/log, relative to this folder.
+set(tnw_sources)

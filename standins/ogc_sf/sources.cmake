@@ -1,0 +1,2 @@
+# Sources of standins/ogc_sf, relative to this folder.
+set(tnw_sources)

@@ -1,0 +1,2 @@
+# Sources of standins/tnwlib, relative to this folder.
+set(tnw_sources)

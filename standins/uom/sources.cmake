@@ -1,0 +1,2 @@
+# Sources of standins/uom, relative to this folder.
+set(tnw_sources)
