@@ -1,0 +1,105 @@
+// Columns from a header: "name (unit)" cells become numeric columns when the unit is known and
+// text columns otherwise; longitude and latitude cells become the position fields.
+#include <string>
+#include <string_view>
+
+#include "core/Error.h"
+#include "core/Services.h"
+#include "delimited/tnwASCIIDecoder.h"
+#include "platform/CodePage.h"
+#include "support/mLog.h"
+
+namespace tnw {
+
+namespace {
+
+// The unit class asked of the lookup.
+constexpr std::int32_t kUnitClass = 15;
+// The unit of a text column: none.
+constexpr std::int32_t kNoUnit = 16;
+
+std::string_view TrimBlanks(std::string_view sText) {
+    while (!sText.empty() && sText.front() == ' ')
+        sText.remove_prefix(1);
+    while (!sText.empty() && sText.back() == ' ')
+        sText.remove_suffix(1);
+    return sText;
+}
+
+std::string LowerAscii(std::string_view sText) {
+    std::string sLower(sText);
+    for (char& c : sLower) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return sLower;
+}
+
+}  // namespace
+
+Variant tnwASCIIDecoder::AutoGenColumns(TNW_Encoders_AutoGenFlags /*eFlags: not looked at*/) {
+    if (lHeaderRows <= 0) return Variant();
+    return Variant(BuildColumns(ReadHeaders(lHeaderRows)));
+}
+
+bool tnwASCIIDecoder::ColumnsFromString(const std::string& sHeader,
+                                        const std::string& sDelimiterIn) {
+    FieldArray aNarrow;
+    ParseLine(platform::ToNarrow(sHeader), platform::ToNarrow(sDelimiterIn), aNarrow);
+    FieldArray aHeaders;
+    if (aNarrow.HasSize()) {
+        aHeaders.Resize(0);
+        for (std::int32_t i = 0; i <= aNarrow.UBound(); ++i) {
+            platform::AppendFromNarrow(aHeaders.Append(), aNarrow.Item(i));
+        }
+    }
+    return BuildColumns(aHeaders);
+}
+
+bool tnwASCIIDecoder::BuildColumns(const FieldArray& aHeaders) {
+    bool bResult = false;
+    Guard("tnwASCIIDecoder.BuildColumns", [&] {
+        // The position fields and the geometry format are left as they are.
+        oColumns->Clear();
+        auto oUnits = CreateAs<tnwUOMFactory>(kProgIdUOMFactory, "Missing Component");
+        const std::int32_t lLast = aHeaders.UBound();  // error 9 for a header with no size
+        for (std::int32_t i = 0; i <= lLast; ++i) {
+            std::string_view sName = TrimBlanks(aHeaders.Item(i));
+            std::int32_t lUnit = 0;
+            const std::size_t nParen = sName.find('(');
+            if (nParen != std::string_view::npos) {
+                const std::string_view sUnit = sName.substr(nParen);
+                sName = TrimBlanks(sName.substr(0, nParen));
+                // "Yield (bu/ac) wet" keeps the name Yield but has no unit.
+                if (sUnit.back() == ')') {
+                    const std::string_view sInner = TrimBlanks(sUnit.substr(1, sUnit.size() - 2));
+                    if (!sInner.empty()) {
+                        if (!oUnits) Raise(errObjectNotSet);
+                        lUnit = oUnits->FindUnit(sInner, kUnitClass);
+                    }
+                }
+            }
+            const std::string sLower = LowerAscii(sName);
+            if (sLower == "x" || sLower == "longitude") {
+                SetLonCol(i + 1);
+            } else if (sLower == "y" || sLower == "latitude") {
+                SetLatCol(i + 1);
+            } else if (!sName.empty()) {
+                // Rate, Rate_1, Rate_2...: Add refuses a key the list has already.
+                std::shared_ptr<tnwColumn> oColumn;
+                std::string sKey(sName);
+                for (std::int32_t lCounter = 1; !oColumn; ++lCounter) {
+                    oColumn = lUnit == 0 ? oColumns->Add(sKey, "", "", vtString, 254, 0, 0, 1,
+                                                         kNoUnit, "", true, true)
+                                         : oColumns->Add(sKey, "", "", vtDouble, 16, 4,
+                                                         tnwFlagNumeric, 1, lUnit, "", true, true);
+                    sKey = std::string(sName) + "_" + std::to_string(lCounter);
+                }
+                oColumn->SetPosition(i + 1);
+            }
+        }
+        bResult = true;
+    });
+    return bResult;
+}
+
+}  // namespace tnw

@@ -1,0 +1,6 @@
+# Sources of src/delimited (target tnw_delimited), relative to this folder.
+set(tnw_sources
+    BuildColumns.cpp
+    FieldArray.cpp
+    ParseLine.cpp
+    tnwASCIIDecoder.cpp)

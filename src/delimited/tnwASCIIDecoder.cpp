@@ -1,0 +1,215 @@
+#include "delimited/tnwASCIIDecoder.h"
+
+#include <exception>
+
+#include "core/Error.h"
+#include "core/NumberText.h"
+#include "platform/CodePage.h"
+#include "support/mLog.h"
+
+namespace tnw {
+
+tnwASCIIDecoder::tnwASCIIDecoder()
+    : oColumns(CreateAs<tnwColumns>(kProgIdColumns, "Missing Component")) {}
+
+tnwASCIIDecoder::~tnwASCIIDecoder() {
+    CloseFile();
+}
+
+void tnwASCIIDecoder::SetFilename(const std::string& sFilenameIn) {
+    CloseFile();
+    sFilename = sFilenameIn;
+    platform::InputFile oProbe;  // only a test that the file can be opened
+    oProbe.Open(sFilename);
+    oProbe.Close();
+    // A ".gpl" name is read as plain delimited text for now; the GPL dialect is not in yet.
+    bGPL = false;
+    bValidFile = true;
+}
+
+void tnwASCIIDecoder::SetDelimiter(const std::string& sDelimiterIn) {
+    sDelimiter = sDelimiterIn;
+    m_sNarrowDelimiter = platform::ToNarrow(sDelimiter);
+}
+
+void tnwASCIIDecoder::SetLonCol(std::int32_t lColumn) {
+    lLonCol = lColumn;
+    if (lColumn > 0) eGeometryFormat = TNW_GeometryFormat_LonLat;
+}
+
+void tnwASCIIDecoder::SetLatCol(std::int32_t lColumn) {
+    lLatCol = lColumn;
+    if (lColumn > 0) eGeometryFormat = TNW_GeometryFormat_LonLat;
+}
+
+void tnwASCIIDecoder::SetWKTCol(std::int32_t lColumn) {
+    lWKTCol = lColumn;
+    if (lColumn > 0) eGeometryFormat = TNW_GeometryFormat_WKT;
+}
+
+double tnwASCIIDecoder::Longitude() const {
+    if (eGeometryFormat != TNW_GeometryFormat_LonLat) {
+        throw Error(errNotLonLat, "tnwDelimAscii.Longitude", "Geometry Format is not Lon/Lat");
+    }
+    return dLongitude;
+}
+
+double tnwASCIIDecoder::Latitude() const {
+    if (eGeometryFormat != TNW_GeometryFormat_LonLat) {
+        throw Error(errNotLonLat, "tnwDelimAscii.Latitude", "Geometry Format is not Lon/Lat");
+    }
+    return dLatitude;
+}
+
+std::string tnwASCIIDecoder::WKT() const {
+    switch (eGeometryFormat) {
+        case TNW_GeometryFormat_LonLat: {
+            std::string sText = "POINT(";
+            AppendNumberText(sText, dLongitude);
+            sText += ' ';
+            AppendNumberText(sText, dLatitude);
+            sText += ')';
+            return sText;
+        }
+        case TNW_GeometryFormat_WKT:
+            return sWKT;
+        default:
+            return std::string();
+    }
+}
+
+std::string tnwASCIIDecoder::CurrentLine() const {
+    return platform::FromNarrow(sCurrentLine);
+}
+
+double tnwASCIIDecoder::PercentComplete() const {
+    if (lFileLength < 1) return 100.0;
+    return static_cast<double>(lBytesRead) * 100.0 / static_cast<double>(lFileLength);
+}
+
+void tnwASCIIDecoder::CloseFile() noexcept {
+    if (!m_oFile.IsOpen()) return;
+    m_oFile.Close();
+    lCurrentRow = 0;
+}
+
+void tnwASCIIDecoder::OpenFile() {
+    CloseFile();
+    try {
+        lFileLength = FileUtility()->FileLength(sFilename);
+        lBytesRead = 0;
+        m_oFile.Open(sFilename);
+    } catch (...) {
+        m_oFile.Close();
+        throw Error(errCantAccessSource, "tnwDelimAscii.OpenFile", "Can't access source file");
+    }
+}
+
+bool tnwASCIIDecoder::ReadLine(std::string& sLine, std::int64_t& nBytes) {
+    std::size_t nConsumed = 0;
+    if (m_bLineFeedEndsLine) {
+        if (!m_oFile.ReadLine(sLine, platform::LineEnds::Any, nConsumed)) return false;
+        nBytes = static_cast<std::int64_t>(nConsumed);
+    } else {
+        if (!m_oFile.ReadLine(sLine, platform::LineEnds::CarriageReturn, nConsumed)) return false;
+        // Every line counts as if it ended in CR LF, whatever ended it.
+        nBytes = static_cast<std::int64_t>(sLine.size()) + 2;
+    }
+    return true;
+}
+
+Variant tnwASCIIDecoder::MoveFirst() {
+    Variant vResult;
+    Guard("tnwASCIIDecoder.MoveFirst", [&] {
+        OpenFile();
+        if (oGPD) oGPD->MoveFirst();
+        bGPLStarted = false;
+        sCurrentLine.clear();
+        lCurrentRow = 0;
+        for (std::int32_t i = 0; i < lHeaderRows; ++i) {
+            std::int64_t nBytes = 0;
+            // A file that ends within the header rows stays open, with no result.
+            if (!ReadLine(m_sSkipped, nBytes)) return;
+            lBytesRead += nBytes;
+        }
+        vResult = Variant(MoveNext());
+    });
+    return vResult;
+}
+
+bool tnwASCIIDecoder::MoveNext() {
+    bool bFound = false;
+    Guard("tnwASCIIDecoder.MoveNext", [&] {
+        bGPLStart = false;
+        bGPLEnd = false;
+        if (!m_oFile.IsOpen()) return;
+        // Once per call, before reading: the count is of calls, not of lines.
+        ++lCurrentRow;
+        std::int64_t nBytes = 0;
+        while (!bFound && ReadLine(sCurrentLine, nBytes)) {
+            lBytesRead += nBytes;
+            if (sCurrentLine.empty()) continue;
+            ReadRow();
+            bFound = true;
+        }
+        if (!bFound) CloseFile();
+    });
+    return bFound;
+}
+
+void tnwASCIIDecoder::ReadRow() {
+    ParseLine(sCurrentLine, m_sNarrowDelimiter, m_aFields);
+    dLongitude = 0.0;
+    dLatitude = 0.0;
+    sWKT.clear();
+    lRecordID = 0;
+    if (lLonCol > 0) dLongitude = TextToNumber(m_aFields.Item(lLonCol - 1));
+    if (lLatCol > 0) dLatitude = TextToNumber(m_aFields.Item(lLatCol - 1));
+    if (lWKTCol > 0) sWKT = platform::FromNarrow(m_aFields.Item(lWKTCol - 1));
+    if (lRecordIDCol > 0) lRecordID = RoundToLong(TextToNumber(m_aFields.Item(lRecordIDCol - 1)));
+
+    for (const auto& oColumn : oColumns->Items()) {
+        const std::int32_t lPosition = oColumn->Position();
+        // Columns past the end of a short row keep the previous row's values.
+        if (lPosition < 1 || lPosition - 1 > m_aFields.UBound()) continue;
+        if (oColumn->Kind() != 1 || !oColumn->Active()) continue;
+        const std::string& sField = m_aFields.Item(lPosition - 1);
+        if (oColumn->Type() == vtString) {
+            const std::int16_t iSize = oColumn->Size();
+            if (iSize < 0) RaiseInvalidCall();
+            oColumn->SetValue(Variant(
+                platform::FromNarrow(std::string_view(sField).substr(0, std::size_t(iSize)))));
+        } else {
+            oColumn->SetValue(Variant(TextToNumber(sField)));
+        }
+    }
+}
+
+FieldArray tnwASCIIDecoder::ReadHeaders(std::int32_t lRow) {
+    FieldArray aHeaders;
+    try {
+        CloseFile();
+        m_oFile.Open(sFilename);
+        std::int64_t nBytes = 0;  // ReadHeaders leaves the byte count alone
+        bool bMore = true;
+        for (std::int32_t i = 1; i < lRow && bMore; ++i)
+            bMore = ReadLine(m_sSkipped, nBytes);
+        if (bMore && ReadLine(sCurrentLine, nBytes)) {
+            ParseLine(sCurrentLine, m_sNarrowDelimiter, m_aFields);
+            if (m_aFields.HasSize()) {
+                aHeaders.Resize(0);
+                for (std::int32_t i = 0; i <= m_aFields.UBound(); ++i) {
+                    platform::AppendFromNarrow(aHeaders.Append(), m_aFields.Item(i));
+                }
+            }
+        }
+        CloseFile();
+    } catch (...) {
+        CloseFile();
+        const Error oError = CurrentError(std::current_exception());
+        throw Error(oError.lNumber, "tnwDelimAscii.ReadHeaders", oError.sDescription);
+    }
+    return aHeaders;
+}
+
+}  // namespace tnw
