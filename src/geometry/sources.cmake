@@ -1,0 +1,3 @@
+# Sources of src/geometry (target tnw_geometry), relative to this folder.
+set(tnw_sources
+    Flatten.cpp)
