@@ -1,0 +1,110 @@
+// tnwDecoderRecordSource: a decoder seen as a tnwRecordSource, so that a host can hand a file
+// it reads (delimited text through tnwASCIIDecoder, a dBase table through tnwDBFDecoder) to any
+// encoder's ImportRS, or walk it itself.
+//
+// The columns are the decoder's own: their values follow the cursor, nothing is copied. The
+// geometry of a record comes from the decoder's geometry format: a point made by the
+// "tnwGIS.tnwGISFactory" from Longitude and Latitude, or the decoder's WKT text handed to a
+// parser the host gives (the library knows no geometry classes of its own).
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <variant>
+
+#include "core/GISLib.h"
+#include "decoders/tnwDBFDecoder.h"
+#include "delimited/tnwASCIIDecoder.h"
+
+namespace tnw {
+
+class tnwDecoderRecordSource final : public tnwRecordSource {
+public:
+    // Turns well-known text into a geometry; it may raise on text it can't read.
+    using WKTParser = std::function<std::shared_ptr<IGeometry>(std::string_view sWKT)>;
+
+    // The decoder is set up by the host (file name, columns, geometry field numbers) before it
+    // is walked. The point factory is made here: error 429 when none is registered.
+    explicit tnwDecoderRecordSource(std::shared_ptr<tnwASCIIDecoder> oDecoder,
+                                    WKTParser fnParseWKT = {});
+    explicit tnwDecoderRecordSource(std::shared_ptr<tnwDBFDecoder> oDecoder,
+                                    WKTParser fnParseWKT = {});
+
+    // Starts the walk over and stands on the first record that the decoder could read.
+    void MoveFirst() override;
+    // Goes to the next record that the decoder could read. A row that the decoder refuses (a
+    // missing geometry field, a line too long) has been reported on its error path; it is
+    // passed over and counted in RowsSkipped.
+    void MoveNext() override;
+    // True when no record is current: before MoveFirst and after the last record.
+    bool Eof() const override { return !m_bOnRecord; }
+
+    // The number of records. A dBase table gives the count in its header. A text file is
+    // forward-only: its records are counted on demand by a second reader walking the same file
+    // with the same delimiter, header rows and line ends, once, the first time the count is
+    // asked for (a file that changes afterwards is not counted again). Rows the first reader
+    // will refuse are counted, as are the command lines of a GPL log.
+    std::int32_t RecordCount() const override;
+
+    // The tnwGeometryType of the records. Unless the host has set one: 1 (Point) for longitude
+    // and latitude, 0 for no geometry, and for well-known text the kind of the current
+    // record's geometry, reading the first record when none is current (so ask it before a
+    // walk, as ImportRS does, or during one).
+    std::int32_t GeometryType() const override;
+    // 0 goes back to finding the type as above.
+    void SetGeometryType(std::int32_t eGeometryType) { m_eGeometryType = eGeometryType; }
+
+    // The current record's geometry, made once per record; nothing for no geometry format, an
+    // empty WKT text, a WKT format without a parser, and off a record. A text that the parser
+    // refuses is reported on the error path under "tnwDecoderRecordSource.Geometry" and gives
+    // nothing.
+    std::shared_ptr<IGeometry> Geometry() const override;
+    std::shared_ptr<tnwColumns> Columns() const override;
+
+    // Progress receiver, bar 0 from 0 to 100: opened by MoveFirst, moved as each whole percent
+    // of the file is passed (text: the decoder's PercentComplete; table: records read of the
+    // record count), set to 100 at the end.
+    std::shared_ptr<tnwGISCallback> Callback() const { return m_oCallback; }
+    void SetCallback(std::shared_ptr<tnwGISCallback> oCallback) {
+        m_oCallback = std::move(oCallback);
+    }
+
+    // Records delivered, and rows passed over, since the last MoveFirst.
+    std::int64_t RecordsRead() const { return m_lRecordsRead; }
+    std::int64_t RowsSkipped() const { return m_lRowsSkipped; }
+
+    // The tnwGeometryType that holds a geometry of this OGC type number: 0 for a collection
+    // of mixed kinds or an unknown number.
+    static std::int32_t GeometryTypeOf(std::int32_t lOGCType);
+
+private:
+    using Decoder = std::variant<std::shared_ptr<tnwASCIIDecoder>, std::shared_ptr<tnwDBFDecoder>>;
+
+    tnwDecoderRecordSource(Decoder oDecoder, WKTParser fnParseWKT);
+
+    // Settles on a readable record after the decoder's move gave bRead.
+    void Arrive(bool bRead);
+    void ReportProgress();
+    TNW_Encoders_GeometryFormats Format() const;
+    std::int32_t CountTextRecords(const tnwASCIIDecoder& oDecoder) const;
+    std::int32_t CountTableRecords(const tnwDBFDecoder& oDecoder) const;
+
+    Decoder m_oDecoder;
+    WKTParser m_fnParseWKT;
+    std::shared_ptr<tnwGISFactory> m_oFactory;
+    std::shared_ptr<tnwGISCallback> m_oCallback;
+    std::int32_t m_eGeometryType = 0;
+    bool m_bOnRecord = false;
+    std::int64_t m_lRecordsRead = 0;
+    std::int64_t m_lRowsSkipped = 0;
+    int m_iPercentShown = -1;
+
+    // Made on demand and kept for the current record or the whole walk.
+    mutable std::shared_ptr<IGeometry> m_oGeometry;
+    mutable bool m_bGeometryMade = false;
+    mutable std::int32_t m_lRecordCount = -1;
+};
+
+}  // namespace tnw
