@@ -1,2 +1,3 @@
 # Sources of standins/log, relative to this folder.
-set(tnw_sources)
+set(tnw_sources
+    ErrorHandler.cpp)

@@ -1,2 +1,4 @@
 # Sources of standins/ogc_sf, relative to this folder.
-set(tnw_sources)
+set(tnw_sources
+    Geometries.cpp
+    WKT.cpp)

@@ -1,2 +1,3 @@
 # Sources of standins/tnwlib, relative to this folder.
-set(tnw_sources)
+set(tnw_sources
+    tnwlib.cpp)

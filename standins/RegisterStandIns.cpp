@@ -1,0 +1,27 @@
+#include "RegisterStandIns.h"
+
+#include "core/Component.h"
+#include "core/GISLib.h"
+#include "core/Services.h"
+#include "gislib/Columns.h"
+#include "gislib/FileUtility.h"
+#include "gislib/GISFactory.h"
+#include "log/ErrorReports.h"
+#include "tnwlib/tnwlib.h"
+
+namespace tnw::standins {
+
+void RegisterStandIns() {
+    tnwObjectFactory::Register(kProgIdGISFactory, [] { return std::make_shared<GISFactory>(); });
+    tnwObjectFactory::Register(kProgIdColumns, [] { return std::make_shared<Columns>(); });
+    tnwObjectFactory::Register(kProgIdPointList, [] { return std::make_shared<PointList>(); });
+    // The file utility is one shared object.
+    static const auto oFileUtility = std::make_shared<FileUtility>();
+    tnwObjectFactory::Register(kProgIdFileUtility, [] { return oFileUtility; });
+    tnwObjectFactory::Register(kProgIdErrorHandler,
+                               [] { return std::make_shared<ErrorHandler>(); });
+    // The unit lookup, kProgIdUOMFactory, is registered here by the uom stand-in.
+    RegisterArcAngle(&TNWL_ArcAngle);
+}
+
+}  // namespace tnw::standins
