@@ -59,9 +59,11 @@ void AppendPolygon(PartAccumulators& tAcc, const IPolygon& tPolygon, CopyVertex&
     const auto copyRing = [&](const std::shared_ptr<ILineString>& oRing, bool bForward) {
         const std::int32_t lCount = Need(oRing).NumPoints();
         if (bForward) {
-            for (std::int32_t i = 0; i < lCount; ++i) fnCopyVertex(*oRing, i);
+            for (std::int32_t i = 0; i < lCount; ++i)
+                fnCopyVertex(*oRing, i);
         } else {
-            for (std::int32_t i = lCount - 1; i >= 0; --i) fnCopyVertex(*oRing, i);
+            for (std::int32_t i = lCount - 1; i >= 0; --i)
+                fnCopyVertex(*oRing, i);
         }
         ++tAcc.lPartIndex;
     };

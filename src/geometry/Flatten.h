@@ -22,7 +22,7 @@ struct FlattenSettings {
     std::shared_ptr<tnwProjection> oProjection;  // may be nothing
     double dXOffset = 0.0;
     double dYOffset = 0.0;
-    std::shared_ptr<tnwGISFactory> oFactory;     // the encoder's point factory
+    std::shared_ptr<tnwGISFactory> oFactory;  // the encoder's point factory
 };
 
 // One record's accumulators, started afresh for each record. Making them raises error 429
