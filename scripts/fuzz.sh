@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Builds the libFuzzer targets with clang, ASan and UBSan, and runs each for a while.
+#   scripts/fuzz.sh            15 seconds per target (what the test command runs)
+#   FUZZ_SECONDS=600 scripts/fuzz.sh [target...]
+# Findings are left in build-fuzz/findings/<target>/; the working corpora in build-fuzz/corpus.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+seconds=${FUZZ_SECONDS:-15}
+targets=("$@")
+[[ ${#targets[@]} -eq 0 ]] && targets=(dbf delimited shape_details wkt)
+
+build=build-fuzz
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++-14 \
+    -DTNW_BUILD_FUZZERS=ON -DTNW_BUILD_TESTS=OFF -DTNW_BUILD_CLI=OFF \
+    -DTNW_SANITIZE=address,undefined -DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link >/dev/null
+cmake --build "$build" -j"$(nproc)" --target "${targets[@]/#/fuzz_}"
+
+status=0
+for t in "${targets[@]}"; do
+    corpus="$build/corpus/$t"
+    findings="$build/findings/$t"
+    mkdir -p "$corpus" "$findings"
+    cp -n fuzz/corpus/"$t"/* "$corpus"/ 2>/dev/null || true
+    echo "== fuzz_$t for ${seconds}s"
+    if ! "$build/fuzz/fuzz_$t" "$corpus" -max_total_time="$seconds" -timeout=10 \
+            -rss_limit_mb=2048 -artifact_prefix="$findings/" -print_final_stats=1 \
+            2>"$build/fuzz_$t.log"; then
+        echo "fuzz_$t found a problem; see $build/fuzz_$t.log and $findings/"
+        tail -n 40 "$build/fuzz_$t.log"
+        status=1
+    else
+        grep -E "stat::number_of_executed_units|cov:" "$build/fuzz_$t.log" | tail -n 2
+    fi
+done
+exit $status
