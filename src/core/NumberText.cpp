@@ -144,6 +144,7 @@ std::string NumberText(const Variant& vValue) {
 }
 
 double TextToNumber(std::string_view sText) {
+    if (sText.empty()) return 0.0;  // its data may be null, where no pointer arithmetic is allowed
     const char* p = sText.data();
     const char* const pEnd = p + sText.size();
     auto skip = [&] {
@@ -151,7 +152,7 @@ double TextToNumber(std::string_view sText) {
     };
 
     skip();
-    if (p + 1 < pEnd && *p == '&') {
+    if (pEnd - p > 1 && *p == '&') {
         int nBase = 0;
         if (p[1] == 'H' || p[1] == 'h') nBase = 16;
         if (p[1] == 'O' || p[1] == 'o') nBase = 8;
