@@ -10,3 +10,6 @@ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Debug -DTNW_SANITIZE=address,undefined
 cmake --build "$build" -j"$(nproc)"
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
     ctest --test-dir "$build" --output-on-failure -j"$(nproc)"
+
+# A short fuzzing run of every reader (about a minute in all).
+FUZZ_SECONDS=${FUZZ_SECONDS:-15} scripts/fuzz.sh
