@@ -17,9 +17,17 @@ class FieldArray {
 public:
     bool HasSize() const { return m_bSized; }
     // Index of the last field, -1 when there are none; error 9 when the array has no size.
-    std::int32_t UBound() const;
+    std::int32_t UBound() const {
+        if (!m_bSized) RaiseSubscript();
+        return static_cast<std::int32_t>(m_nCount) - 1;
+    }
     // Field lIndex, counted from 0; error 9 outside the array or when it has no size.
-    const std::string& Item(std::int32_t lIndex) const;
+    const std::string& Item(std::int32_t lIndex) const {
+        if (!m_bSized || lIndex < 0 || static_cast<std::size_t>(lIndex) >= m_nCount) {
+            RaiseSubscript();
+        }
+        return m_vFields[static_cast<std::size_t>(lIndex)];
+    }
 
     // Back to no size.
     void Clear() {
@@ -29,11 +37,19 @@ public:
     // nFields empty fields.
     void Resize(std::size_t nFields);
     // A new last field, empty, to be filled by the caller; sizes the array if need be.
-    std::string& Append();
+    std::string& Append() {
+        if (m_nCount == m_vFields.size()) m_vFields.emplace_back();
+        std::string& sField = m_vFields[m_nCount++];
+        sField.clear();
+        m_bSized = true;
+        return sField;
+    }
     // Field nIndex for filling; nIndex must be below the size.
     std::string& At(std::size_t nIndex) { return m_vFields[nIndex]; }
 
 private:
+    [[noreturn]] static void RaiseSubscript();
+
     std::vector<std::string> m_vFields;  // m_nCount in use, the rest kept for reuse
     std::size_t m_nCount = 0;
     bool m_bSized = false;

@@ -1,6 +1,7 @@
 // How one line of text becomes fields: delimited, with the quote-flipping rule, or fixed-width
 // by the widths of the columns.
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "core/Error.h"
@@ -41,8 +42,10 @@ void tnwASCIIDecoder::RaiseInvalidCall() {
 
 void tnwASCIIDecoder::ParseLine(std::string_view sLine, std::string_view sDelimiterIn,
                                 FieldArray& aFields) {
+    // Built once: the source text is a heap string, and this runs for every line.
+    static const std::string sSource = "tnwASCIIDecoder.ParseLine";
     aFields.Clear();
-    Guard("tnwASCIIDecoder.ParseLine", [&] {
+    Guard(sSource, [&] {
         if (sDelimiterIn.empty()) {
             ParseFixedWidth(sLine, aFields);
         } else {
@@ -59,11 +62,17 @@ void tnwASCIIDecoder::ParseDelimited(std::string_view sLine, std::string_view sD
     // A delimiter of more than one character never equals one character of the line.
     const bool bOneCharacter = sDelimiterIn.size() == 1;
     const char cDelimiter = sDelimiterIn.front();
+    // Only the quote, code 1 and the delimiter need a closer look.
+    std::array<bool, 256> aSpecial{};
+    aSpecial[static_cast<unsigned char>('"')] = true;
+    aSpecial[static_cast<unsigned char>(kFieldEnd)] = true;
+    if (bOneCharacter) aSpecial[static_cast<unsigned char>(cDelimiter)] = true;
     // Any quote flips the flag, wherever it stands: there is no escape.
     bool bInQuotes = false;
     std::size_t nStart = 0;
     for (std::size_t i = 0; i < sLine.size(); ++i) {
         const char c = sLine[i];
+        if (!aSpecial[static_cast<unsigned char>(c)]) continue;
         if (c == '"') bInQuotes = !bInQuotes;
         if (c == kFieldEnd || (bOneCharacter && c == cDelimiter && !bInQuotes)) {
             AssignField(aFields.Append(), sLine.substr(nStart, i - nStart));

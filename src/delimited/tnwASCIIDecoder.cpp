@@ -138,8 +138,9 @@ Variant tnwASCIIDecoder::MoveFirst() {
 }
 
 bool tnwASCIIDecoder::MoveNext() {
+    static const std::string sSource = "tnwASCIIDecoder.MoveNext";  // built once, not per row
     bool bFound = false;
-    Guard("tnwASCIIDecoder.MoveNext", [&] {
+    Guard(sSource, [&] {
         bGPLStart = false;
         bGPLEnd = false;
         if (!m_oFile.IsOpen()) return;
