@@ -1,0 +1,3 @@
+# Sources of src/encoders (target tnw_encoders), relative to this folder.
+set(tnw_sources
+    tnwASCIIEncoder.cpp)
