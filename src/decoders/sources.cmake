@@ -1,0 +1,4 @@
+# Sources of src/decoders (target tnw_decoders), relative to this folder.
+set(tnw_sources
+    tnwDBFDecoder.cpp
+    tnwShapeDecoder.cpp)

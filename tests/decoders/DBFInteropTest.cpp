@@ -1,0 +1,128 @@
+// tnwDBFDecoder on tables written by the peer libraries: GDAL (ogr2ogr, ogrinfo) and shapelib
+// (dbfcreate, dbfadd).
+#include <gtest/gtest.h>
+
+#include "ExternalTools.h"
+#include "decoders/tnwDBFDecoder.h"
+#include "support/TestSupport.h"
+
+namespace tnw {
+namespace {
+
+using test::Quoted;
+using test::RunTool;
+
+constexpr double kMarch9th2004 = 38055.0;  // serial day of 2004-03-09
+constexpr double kMarch10th2004 = 38056.0;
+
+class DBFInteropTest : public ::testing::Test {
+protected:
+    const Variant& Value(const std::string& sKey) { return oReader.Columns()->Item(sKey)->Value(); }
+
+    test::ScopedCapture oCapture;
+    test::TempDir oDir;
+    tnwDBFDecoder oReader;
+};
+
+// GDAL writes ISO-8859-1 text, dates as "yyyymmdd", a missing date as "00000000" and a
+// missing number as asterisks; its deleted rows keep their place.
+TEST_F(DBFInteropTest, TableWrittenByGdal) {
+    TNW_REQUIRE_TOOL("ogr2ogr");
+    const std::string sCsv = oDir.Path("g.csv");
+    test::WriteFile(sCsv,
+                    "name,rate,day,count\r\n"
+                    "Alpha,3.5,2004/03/09,7\r\n"
+                    "\xC3\xA9t\xC3\xA9,-12.25,,0\r\n"
+                    "Gamma,,2004/03/10,\r\n");
+    test::WriteFile(oDir.Path("g.csvt"), "\"String(12)\",\"Real(10.3)\",\"Date\",\"Integer(5)\"\n");
+    const std::string sDbf = oDir.Path("g.dbf");
+    ASSERT_TRUE(RunTool("ogr2ogr -f 'ESRI Shapefile' " + Quoted(sDbf) + " " + Quoted(sCsv)));
+    ASSERT_TRUE(RunTool("ogrinfo -oo AUTO_REPACK=NO " + Quoted(sDbf) +
+                        " -dialect SQLite -sql \"DELETE FROM g WHERE name='Alpha'\""));
+
+    oReader.SetFilename(sDbf);
+    ASSERT_TRUE(oReader.IsValidFile());
+    EXPECT_EQ(oReader.Schema(), "name~C~12~0~|rate~N~10~3~|day~D~8~0~|count~N~5~0~");
+
+    ASSERT_EQ(oReader.MoveFirst(), Variant(true));
+    EXPECT_EQ(Value("name"), Variant("Alpha")) << "the deleted row is delivered";
+    EXPECT_EQ(Value("rate"), Variant(3.5));
+    EXPECT_EQ(Value("day"), Variant(SerialDate{kMarch9th2004}));
+    EXPECT_EQ(Value("count"), Variant(7.0));
+
+    ASSERT_TRUE(oReader.MoveNext());
+    EXPECT_EQ(Value("name"), Variant("\xC3\xA9t\xC3\xA9"));
+    EXPECT_EQ(Value("rate"), Variant(-12.25));
+    EXPECT_EQ(Value("count"), Variant(0.0));
+    // "00000000" is numeric: year 0, month 0, day 0 as a date, not a blank.
+    EXPECT_EQ(Value("day").Type(), vtDate);
+    EXPECT_NE(Value("day"), Variant(SerialDate{kMarch9th2004}));
+
+    ASSERT_TRUE(oReader.MoveNext());
+    EXPECT_EQ(Value("rate"), Variant(0.0)) << "asterisks hold no number";
+    EXPECT_EQ(Value("day"), Variant(SerialDate{kMarch10th2004}));
+    EXPECT_FALSE(oReader.MoveNext());
+
+    EXPECT_EQ(oReader.FindColumnValue("NAME", "GAMMA"), 3);
+    EXPECT_TRUE(oReader.MoveToRecord(2));
+    EXPECT_EQ(Value("rate"), Variant(-12.25));
+}
+
+// GDAL keeps booleans of a GeoJSON source as one-digit numbers.
+TEST_F(DBFInteropTest, GdalBooleansAreNumbers) {
+    TNW_REQUIRE_TOOL("ogr2ogr");
+    const std::string sJson = oDir.Path("b.geojson");
+    test::WriteFile(sJson,
+                    R"({"type":"FeatureCollection","features":[
+{"type":"Feature","properties":{"ok":true},"geometry":{"type":"Point","coordinates":[1,2]}},
+{"type":"Feature","properties":{"ok":false},"geometry":{"type":"Point","coordinates":[3,4]}}]})");
+    ASSERT_TRUE(
+        RunTool("ogr2ogr -f 'ESRI Shapefile' " + Quoted(oDir.Path("b.shp")) + " " + Quoted(sJson)));
+    oReader.SetFilename(oDir.Path("b.dbf"));
+    EXPECT_EQ(oReader.Schema(), "ok~N~1~0~");
+    ASSERT_EQ(oReader.MoveFirst(), Variant(true));
+    EXPECT_EQ(Value("ok"), Variant(1.0));
+    ASSERT_TRUE(oReader.MoveNext());
+    EXPECT_EQ(Value("ok"), Variant(0.0));
+}
+
+// shapelib keeps duplicate names, cuts names to 10 characters and writes a missing number as
+// asterisks.
+TEST_F(DBFInteropTest, TableWrittenByShapelib) {
+    TNW_REQUIRE_TOOL("dbfcreate");
+    const std::string sDbf = Quoted(oDir.Path("s.dbf"));
+    ASSERT_TRUE(RunTool("dbfcreate " + sDbf +
+                        " -s NAME 10 -n RATE 8 2 -s NAME 5 -s Swath_Width 6 -n COUNT 5 0"));
+    ASSERT_TRUE(RunTool("dbfadd " + sDbf + " Alpha 3.5 x ab 7"));
+    ASSERT_TRUE(RunTool("dbfadd " + sDbf + " '' '' '' '' ''"));
+    ASSERT_TRUE(RunTool("dbfadd " + sDbf + " 'Two Words' -0.25 yz cd 12345"));
+
+    oReader.SetFilename(oDir.Path("s.dbf"));
+    EXPECT_EQ(oReader.Schema(),
+              "NAME~C~10~0~|RATE~N~8~2~|Dummy_3~C~5~0~|Swath_Widt~C~6~0~|COUNT~N~5~0~");
+    EXPECT_FALSE(oReader.Columns()->Item("Dummy_3")->Active());
+
+    ASSERT_EQ(oReader.MoveFirst(), Variant(true));
+    EXPECT_EQ(Value("NAME"), Variant("Alpha"));
+    EXPECT_EQ(Value("RATE"), Variant(3.5));
+    EXPECT_TRUE(Value("Dummy_3").IsEmpty());
+    EXPECT_EQ(Value("Swath_Widt"), Variant("ab"));
+    EXPECT_EQ(Value("COUNT"), Variant(7.0));
+
+    ASSERT_TRUE(oReader.MoveNext());
+    EXPECT_EQ(Value("NAME"), Variant(""));
+    EXPECT_EQ(Value("RATE"), Variant(0.0));
+    EXPECT_EQ(Value("COUNT"), Variant(0.0));
+
+    ASSERT_TRUE(oReader.MoveNext());
+    EXPECT_EQ(Value("NAME"), Variant("Two Words"));
+    EXPECT_EQ(Value("RATE"), Variant(-0.25));
+    EXPECT_EQ(Value("Swath_Widt"), Variant("cd")) << "the duplicate's bytes were skipped";
+    EXPECT_EQ(Value("COUNT"), Variant(12345.0));
+    EXPECT_FALSE(oReader.MoveNext());
+
+    EXPECT_EQ(oReader.FindColumnValue("rate", "-0.25"), 3);
+}
+
+}  // namespace
+}  // namespace tnw
