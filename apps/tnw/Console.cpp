@@ -1,0 +1,185 @@
+#include "Console.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <utility>
+
+#include "RegisterStandIns.h"
+#include "core/Services.h"
+#include "uom/UnitLookup.h"
+
+namespace tnw::cli {
+
+namespace {
+
+// Line ends of a box text become blanks, so that every message stays on one line.
+std::string OneLine(const std::string& sText) {
+    std::string sLine;
+    for (char c : sText) {
+        if (c == '\r') continue;
+        sLine += c == '\n' ? ' ' : c;
+    }
+    return sLine;
+}
+
+// The settings store as the tool runs the library: the debug mode from --debug, reports to
+// the tool's own handler; everything else from the store underneath.
+class ToolSettings final : public platform::ISettings {
+public:
+    ToolSettings(std::shared_ptr<platform::ISettings> oBase, bool bDebug)
+        : m_oBase(std::move(oBase)), m_lDebug(bDebug ? 1 : 0) {}
+
+    Variant GetSetting(const std::string& sApplication, const std::string& sSection,
+                       const std::string& sKey, const Variant& vDefault) override {
+        if (sKey == "ConDebug") return Variant(m_lDebug);
+        return m_oBase->GetSetting(sApplication, sSection, sKey, vDefault);
+    }
+
+    Variant ReadValue(std::int32_t lHive, const std::string& sKey, const std::string& sValueName,
+                      const Variant& vDefault) override {
+        if (sValueName == "ConDebug") return Variant(m_lDebug);
+        if (sValueName == "ErrorLogger") return Variant(std::string(kProgIdErrorHandler));
+        return m_oBase->ReadValue(lHive, sKey, sValueName, vDefault);
+    }
+
+private:
+    std::shared_ptr<platform::ISettings> m_oBase;
+    std::int32_t m_lDebug;
+};
+
+}  // namespace
+
+class Console::Handler final : public ItnwErrorHandler {
+public:
+    explicit Handler(Console& oConsole) : m_oConsole(oConsole) {}
+    void errorMessage(const std::string&, const std::string&, const std::string& sSource,
+                      std::int32_t, const std::string& sErrSource, const std::string& sDescription,
+                      const std::string&) override {
+        m_oConsole.Report(sSource, sErrSource, sDescription);
+    }
+
+private:
+    Console& m_oConsole;
+};
+
+class Console::Bar final : public tnwGISCallback {
+public:
+    explicit Bar(Console& oConsole) : m_oConsole(oConsole) {}
+    void SetBarCount(std::int32_t) override {}
+    void SetBarText(std::int32_t, const std::string&) override {}
+    void SetBarRange(std::int32_t, double dMin, double dMax) override {
+        m_dMin = dMin;
+        m_dMax = dMax;
+    }
+    void SetBarValue(std::int32_t lBar, double dValue) override {
+        if (lBar != 0 || !(m_dMax > m_dMin)) return;
+        const double dShare = std::clamp((dValue - m_dMin) / (m_dMax - m_dMin), 0.0, 1.0);
+        m_oConsole.m_iBarPercent = static_cast<int>(std::floor(dShare * 100.0));
+        m_oConsole.DrawBar();
+    }
+    void ClearBarText(std::int32_t) override {}
+    void ResetBar(std::int32_t) override {}
+
+private:
+    Console& m_oConsole;
+    double m_dMin = 0.0;
+    double m_dMax = 100.0;
+};
+
+Console::Console(bool bQuiet, bool bDebug)
+    : m_bQuiet(bQuiet), m_bDebug(bDebug), m_bTerminal(isatty(STDERR_FILENO) == 1) {
+    standins::RegisterStandIns();
+    standins::RegisterUnitLookup();
+    m_fnOldHandler = tnwObjectFactory::Register(
+        kProgIdErrorHandler, [this] { return std::make_shared<Handler>(*this); });
+    m_fnOldBox =
+        platform::SetMessageBoxHook([this](const std::string& sText, const std::string& sTitle,
+                                           platform::MsgIcon) { Box(sText, sTitle); });
+    m_oOldSettings =
+        platform::SetSettings(std::make_shared<ToolSettings>(platform::Settings(), bDebug));
+}
+
+Console::~Console() {
+    EndProgress();
+    platform::SetSettings(m_oOldSettings);
+    platform::SetMessageBoxHook(m_fnOldBox);
+    tnwObjectFactory::Register(kProgIdErrorHandler, m_fnOldHandler);
+}
+
+void Console::Fail(const std::string& sSentence) {
+    Line("tnw: " + sSentence + ".");
+}
+
+void Console::Warn(const std::string& sSentence) {
+    Line("tnw: warning: " + sSentence + ".");
+}
+
+void Console::Summary(const std::string& sLine) {
+    if (!m_bQuiet) Line("tnw: " + sLine);
+}
+
+std::string Console::TakeBoxText() {
+    return std::exchange(m_sBoxText, std::string());
+}
+
+void Console::Report(const std::string& sSource, const std::string& sErrSource,
+                     const std::string& sDescription) {
+    ++m_lReports;
+    if (m_lReports > kShownReports + 1) return;
+    if (m_lReports == kShownReports + 1) {
+        Line("tnw: further failures are counted but not shown.");
+        return;
+    }
+    std::string sText = "tnw: ";
+    if (m_fnContext) {
+        const std::string sContext = m_fnContext();
+        if (!sContext.empty()) sText += sContext + ": ";
+    }
+    sText += sDescription.empty() ? std::string("failed") : sDescription;
+    sText += " (" + sSource;
+    if (!sErrSource.empty() && sErrSource != sSource) sText += ", " + sErrSource;
+    sText += ").";
+    Line(sText);
+}
+
+void Console::Box(const std::string& sText, const std::string& sTitle) {
+    m_sBoxText = OneLine(sTitle + ": " + sText);
+    if (m_bDebug) Line("tnw: [box] " + m_sBoxText);
+}
+
+std::shared_ptr<tnwGISCallback> Console::Progress(const std::string& sLabel) {
+    m_sBarLabel = sLabel;
+    return std::make_shared<Bar>(*this);
+}
+
+void Console::EndProgress() {
+    if (m_iBarPercent >= 0 && m_bTerminal && !m_bQuiet) std::fputs("\r\033[K", stderr);
+    m_iBarPercent = -1;
+}
+
+void Console::Line(const std::string& sText) {
+    const bool bBar = m_iBarPercent >= 0 && m_bTerminal && !m_bQuiet;
+    if (bBar) std::fputs("\r\033[K", stderr);
+    std::fputs(sText.c_str(), stderr);
+    std::fputc('\n', stderr);
+    if (bBar) DrawBar();
+    std::fflush(stderr);
+}
+
+void Console::DrawBar() {
+    if (!m_bTerminal || m_bQuiet || m_iBarPercent < 0) return;
+    constexpr int kWidth = 30;
+    const int iFilled = m_iBarPercent * kWidth / 100;
+    std::string sBar = "\r" + m_sBarLabel + " [" + std::string(iFilled, '=') +
+                       std::string(kWidth - iFilled, ' ') + "] ";
+    char aPercent[8];
+    std::snprintf(aPercent, sizeof aPercent, "%3d%%", m_iBarPercent);
+    sBar += aPercent;
+    std::fputs(sBar.c_str(), stderr);
+    std::fflush(stderr);
+}
+
+}  // namespace tnw::cli

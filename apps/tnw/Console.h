@@ -1,0 +1,70 @@
+// Everything the tool says on stderr: its own failures and warnings, the library's error
+// reports (through an error handler registered as "tnwLog.tnwHandler"), message boxes, the
+// progress bar and the closing summary. It also fixes the library's debug mode.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "core/GISLib.h"
+#include "platform/Hooks.h"
+
+namespace tnw::cli {
+
+class Console {
+public:
+    // Makes the stand-ins creatable, registers the error handler, routes message boxes here and
+    // sets ConDebug to 1 with bDebug, else 0. The bar is drawn only when stderr is a terminal
+    // and bQuiet is false; bQuiet also drops the summary.
+    Console(bool bQuiet, bool bDebug);
+    ~Console();  // puts the message box and settings hooks back
+    Console(const Console&) = delete;
+    Console& operator=(const Console&) = delete;
+
+    // "tnw: <sentence>." on a line of its own.
+    void Fail(const std::string& sSentence);
+    void Warn(const std::string& sSentence);
+    void Summary(const std::string& sLine);
+
+    // What the tool is doing when the library reports a failure, e.g. "row 12 of yield.csv";
+    // asked only when a report comes. Nothing clears it.
+    void SetContext(std::function<std::string()> fnContext) { m_fnContext = std::move(fnContext); }
+    // Library error reports so far.
+    std::int64_t Reports() const { return m_lReports; }
+    // The text of the last message box, title first, on one line; "" when none came since the
+    // last call. In debug mode boxes are also shown as they come.
+    std::string TakeBoxText();
+
+    // A progress receiver drawing "label [=====     ]  42%" on stderr. EndProgress clears it.
+    std::shared_ptr<tnwGISCallback> Progress(const std::string& sLabel);
+    void EndProgress();
+
+    // Reports past this many are counted but not shown.
+    static constexpr std::int64_t kShownReports = 20;
+
+private:
+    class Handler;
+    class Bar;
+
+    void Report(const std::string& sSource, const std::string& sErrSource,
+                const std::string& sDescription);
+    void Box(const std::string& sText, const std::string& sTitle);
+    void Line(const std::string& sText);
+    void DrawBar();
+
+    bool m_bQuiet;
+    bool m_bDebug;
+    bool m_bTerminal;
+    std::function<std::string()> m_fnContext;
+    std::int64_t m_lReports = 0;
+    std::string m_sBoxText;
+    std::string m_sBarLabel;
+    int m_iBarPercent = -1;  // -1: no bar on screen
+    platform::MessageBoxHook m_fnOldBox;
+    std::shared_ptr<platform::ISettings> m_oOldSettings;
+    ComponentCreator m_fnOldHandler;
+};
+
+}  // namespace tnw::cli

@@ -1,0 +1,173 @@
+#include "Info.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "core/Error.h"
+#include "decoders/tnwShapeDecoder.h"
+
+namespace tnw::cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void Field(const char* sLabel, const std::string& sValue) {
+    std::printf("%-10s%s\n", sLabel, sValue.c_str());
+}
+
+std::string Number(double dValue, bool bDegrees) {
+    char aText[64];
+    std::snprintf(aText, sizeof aText, bDegrees ? "%.7f" : "%.3f", dValue);
+    return aText;
+}
+
+// The columns of a dBase table from its schema text "KEY~C~20~0~|RATE~N~10~3~".
+void PrintSchema(const std::string& sSchema) {
+    std::vector<std::vector<std::string>> vFields;
+    std::size_t nStart = 0;
+    while (nStart < sSchema.size()) {
+        std::size_t nEnd = sSchema.find('|', nStart);
+        if (nEnd == std::string::npos) nEnd = sSchema.size();
+        std::vector<std::string> vParts;
+        std::size_t nPart = nStart;
+        while (nPart < nEnd) {
+            std::size_t nTilde = sSchema.find('~', nPart);
+            if (nTilde == std::string::npos || nTilde > nEnd) nTilde = nEnd;
+            vParts.push_back(sSchema.substr(nPart, nTilde - nPart));
+            nPart = nTilde + 1;
+        }
+        vParts.resize(4);
+        vFields.push_back(vParts);
+        nStart = nEnd + 1;
+    }
+    Field("Columns:", std::to_string(vFields.size()));
+    for (const auto& vParts : vFields) {
+        const bool bDecimals = vParts[1] == "N" && vParts[3] != "0" && !vParts[3].empty();
+        std::printf("  %-12s %s %s%s\n", vParts[0].c_str(), vParts[1].c_str(), vParts[2].c_str(),
+                    bDecimals ? ("." + vParts[3]).c_str() : "");
+    }
+}
+
+std::int64_t TableRecords(const std::shared_ptr<tnwDBFDecoder>& oTable) {
+    return tnwDecoderRecordSource(oTable).RecordCount();
+}
+
+std::shared_ptr<tnwDBFDecoder> OpenTable(const std::string& sPath) {
+    auto oTable = std::make_shared<tnwDBFDecoder>();
+    oTable->SetFilename(sPath);
+    if (!oTable->IsValidFile()) throw Failure(kExitInput, "can't read " + sPath);
+    return oTable;
+}
+
+// The .dbf beside a .shp, in either case of extension; "" when there is none.
+std::string TableBeside(const std::string& sShapes) {
+    for (const char* sExtension : {".dbf", ".DBF"}) {
+        fs::path oTable = fs::path(sShapes).replace_extension(sExtension);
+        std::error_code ec;
+        if (fs::is_regular_file(oTable, ec)) return oTable.string();
+    }
+    return {};
+}
+
+void ShapesInfo(const std::string& sPath) {
+    std::int32_t eType = 0;
+    std::string sType;
+    bool bCartesian = false;
+    double dLeft = 0.0, dRight = 0.0, dTop = 0.0, dBottom = 0.0;
+    const tnwShapeDecoder oDecoder;
+    if (!oDecoder.GetShapeDetails(sPath, eType, sType, bCartesian, dLeft, dRight, dTop, dBottom)) {
+        throw Failure(kExitInput, "can't find " + sPath);
+    }
+    const std::int32_t lShapeType = oDecoder.GetESRIShapeType("", sPath);
+    std::error_code ec;
+    Field("File:", sPath + " (" + SizeText(fs::file_size(sPath, ec)) + ")");
+    Field("Kind:", (sType.empty() ? std::string("not drawn by this tool") : sType) +
+                       " (shape type " + std::to_string(lShapeType) + ")");
+    if (dLeft > dRight || dBottom > dTop) {
+        Field("Extent:", "none (no shapes)");
+    } else {
+        const bool bDegrees = !bCartesian;
+        Field("Extent:", "x " + Number(dLeft, bDegrees) + " to " + Number(dRight, bDegrees) +
+                             ", y " + Number(dBottom, bDegrees) + " to " + Number(dTop, bDegrees));
+        Field("Units:", bDegrees ? "degrees (longitude and latitude)" : "projected");
+    }
+    const std::string sTable = TableBeside(sPath);
+    if (sTable.empty()) {
+        Field("Records:", "unknown (no .dbf beside it)");
+        return;
+    }
+    const auto oTable = OpenTable(sTable);
+    Field("Records:", std::to_string(TableRecords(oTable)) + " (in " + sTable + ")");
+    PrintSchema(oTable->Schema());
+}
+
+void TableInfo(const std::string& sPath) {
+    const auto oTable = OpenTable(sPath);
+    std::error_code ec;
+    Field("File:", sPath + " (" + SizeText(fs::file_size(sPath, ec)) + ")");
+    Field("Kind:", "dBase table");
+    Field("Records:", std::to_string(TableRecords(oTable)));
+    Field("Schema:", oTable->Schema());
+    PrintSchema(oTable->Schema());
+}
+
+void TextInfo(const InputOptions& tOptions) {
+    const Input tInput = OpenInput(tOptions);
+    const tnwASCIIDecoder& oText = *tInput.oText;
+    std::error_code ec;
+    Field("File:", tInput.sPath + " (" + SizeText(fs::file_size(tInput.sPath, ec)) + ")");
+    const std::string& sDelimiter = oText.Delimiter();
+    Field("Kind:", "delimited text, fields split at " +
+                       (sDelimiter == "\t" ? std::string("tabs") : "\"" + sDelimiter + "\""));
+    switch (oText.GeometryFormat()) {
+        case TNW_GeometryFormat_LonLat:
+            Field("Geometry:", "points: longitude in field " + std::to_string(oText.LonCol()) +
+                                   ", latitude in field " + std::to_string(oText.LatCol()));
+            break;
+        case TNW_GeometryFormat_WKT:
+            Field("Geometry:", "well-known text in field " + std::to_string(oText.WKTCol()));
+            break;
+        default:
+            Field("Geometry:", "none found (give --lon-col and --lat-col, or --wkt-col)");
+            break;
+    }
+    Field("Records:", std::to_string(tInput.oSource->RecordCount()));
+    const auto& vColumns = oText.Columns()->Items();
+    Field("Columns:", std::to_string(vColumns.size()));
+    for (const auto& oColumn : vColumns) {
+        std::string sKind = oColumn->Type() == vtString ? "text" : "number";
+        if (oColumn->Unit() != 16 && oColumn->Type() != vtString) {
+            sKind += " (unit " + std::to_string(oColumn->Unit()) + ")";
+        }
+        std::printf("  %-12s %-18s field %d%s\n", oColumn->Key().c_str(), sKind.c_str(),
+                    oColumn->Position(), oColumn->Visible() ? "" : ", hidden");
+    }
+}
+
+}  // namespace
+
+ExitCode Info(const InputOptions& tInput, Console& oConsole) {
+    const FileKind eKind = ResolveKind(tInput.sPath, tInput.sFrom);
+    RequireFile(tInput.sPath);
+    try {
+        switch (eKind) {
+            case FileKind::Shapes:
+                ShapesInfo(tInput.sPath);
+                break;
+            case FileKind::Table:
+                TableInfo(tInput.sPath);
+                break;
+            case FileKind::Text:
+                TextInfo(tInput);
+                break;
+        }
+    } catch (const Error& oError) {
+        throw Failure(kExitInput, "can't read " + tInput.sPath + ": " + oError.sDescription);
+    }
+    return oConsole.Reports() == 0 ? kExitOk : kExitRecordsFailed;
+}
+
+}  // namespace tnw::cli

@@ -1,0 +1,46 @@
+// Opening an input file as a record source: the decoder that reads its kind, set up from the
+// command line, behind the library's tnwDecoderRecordSource.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "FileKind.h"
+#include "bridge/tnwDecoderRecordSource.h"
+
+namespace tnw::cli {
+
+struct InputOptions {
+    std::string sPath;
+    std::string sFrom;       // a kind name overriding the extension
+    std::string sDelimiter;  // "" for the file's own: tab for .tsv, else found in the header
+    std::int32_t lHeaderRows = 1;
+    std::int32_t lLonCol = 0;  // 1-based field numbers; 0 for none
+    std::int32_t lLatCol = 0;
+    std::int32_t lWKTCol = 0;
+};
+
+struct Input {
+    FileKind eKind = FileKind::Text;
+    std::string sPath;
+    std::shared_ptr<tnwASCIIDecoder> oText;  // one of these two, by kind
+    std::shared_ptr<tnwDBFDecoder> oTable;
+    std::shared_ptr<tnwDecoderRecordSource> oSource;
+};
+
+// Opens a delimited text file or a dBase table. For text the columns come from the last header
+// row (AutoGenColumns), or are named Field1, Field2... when there is none, and a lone line feed
+// ends a line. The column that holds the well-known text is hidden: the geometry carries it.
+// Failures: kExitInput for a file that is missing or can't be read, kExitUsage for options
+// that don't fit the file, kExitKind for a kind that isn't read this way (a shapefile set).
+Input OpenInput(const InputOptions& tOptions);
+
+// One delimiter character from what the user typed: a single character, or "tab", "\t",
+// "comma", "semicolon", "pipe", "space". Failure kExitUsage otherwise.
+std::string ParseDelimiter(const std::string& sText);
+
+// Failure kExitInput unless sPath names a readable regular file.
+void RequireFile(const std::string& sPath);
+
+}  // namespace tnw::cli

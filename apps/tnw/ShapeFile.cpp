@@ -1,0 +1,168 @@
+#include "ShapeFile.h"
+
+#include <cstring>
+
+#include "ExitCodes.h"
+#include "core/Error.h"
+
+namespace tnw::cli {
+
+namespace {
+
+constexpr std::int64_t kHeaderBytes = 100;
+constexpr std::int32_t kFileCode = 9994;
+
+std::int32_t BigEndian(const unsigned char* p) {
+    return static_cast<std::int32_t>((std::uint32_t{p[0]} << 24) | (std::uint32_t{p[1]} << 16) |
+                                     (std::uint32_t{p[2]} << 8) | std::uint32_t{p[3]});
+}
+
+std::int32_t LittleEndian(const unsigned char* p) {
+    return static_cast<std::int32_t>(std::uint32_t{p[0]} | (std::uint32_t{p[1]} << 8) |
+                                     (std::uint32_t{p[2]} << 16) | (std::uint32_t{p[3]} << 24));
+}
+
+double LittleEndianDouble(const unsigned char* p) {
+    std::uint64_t nBits = 0;
+    for (int i = 7; i >= 0; --i)
+        nBits = (nBits << 8) | p[i];
+    double dValue = 0.0;
+    std::memcpy(&dValue, &nBits, sizeof dValue);
+    return dValue;
+}
+
+Shape::Kind KindOf(std::int32_t lShapeType) {
+    switch (lShapeType % 10) {
+        case 1:
+        case 8:
+            return Shape::Kind::Point;
+        case 3:
+            return Shape::Kind::Line;
+        case 5:
+            return Shape::Kind::Polygon;
+        default:
+            return Shape::Kind::None;
+    }
+}
+
+bool IsKnownType(std::int32_t lShapeType) {
+    switch (lShapeType) {
+        case 0:
+        case 1:
+        case 3:
+        case 5:
+        case 8:
+        case 11:
+        case 13:
+        case 15:
+        case 18:
+        case 21:
+        case 23:
+        case 25:
+        case 28:
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+ShapeFileReader::ShapeFileReader(const std::string& sPath) : m_sPath(sPath) {
+    m_lLength = platform::FileLength(sPath);
+    try {
+        m_oFile.Open(sPath);
+    } catch (const Error& oError) {
+        throw Failure(kExitInput, "can't read " + sPath + ": " + oError.sDescription);
+    }
+    unsigned char aHeader[kHeaderBytes];
+    if (m_lLength < kHeaderBytes || m_oFile.Read(aHeader, sizeof aHeader) < sizeof aHeader ||
+        BigEndian(aHeader) != kFileCode) {
+        throw Failure(kExitInput, sPath + " is not a shapefile");
+    }
+    m_lShapeType = LittleEndian(aHeader + 32);
+    if (!IsKnownType(m_lShapeType)) {
+        throw Failure(kExitInput,
+                      sPath + " has the unknown shape type " + std::to_string(m_lShapeType));
+    }
+    m_lPosition = kHeaderBytes;
+}
+
+double ShapeFileReader::PercentRead() const {
+    return m_lLength > 0 ? static_cast<double>(m_lPosition) * 100.0 / m_lLength : 100.0;
+}
+
+bool ShapeFileReader::Next(Shape& tShape) {
+    unsigned char aRecordHeader[8];
+    const std::size_t nRead = m_oFile.Read(aRecordHeader, sizeof aRecordHeader);
+    if (nRead == 0) return false;
+    ++m_lRecord;
+    const std::string sWhere = "record " + std::to_string(m_lRecord) + " of " + m_sPath;
+    if (nRead < sizeof aRecordHeader) throw Failure(kExitInput, sWhere + " is cut short");
+    const std::int64_t lBytes = std::int64_t{BigEndian(aRecordHeader + 4)} * 2;
+    m_lPosition += sizeof aRecordHeader;
+    if (lBytes < 4 || lBytes > m_lLength - m_lPosition) {
+        throw Failure(kExitInput, sWhere + " claims more bytes than the file has");
+    }
+    m_vContent.resize(static_cast<std::size_t>(lBytes));
+    m_oFile.ReadExact(m_vContent.data(), m_vContent.size());
+    m_lPosition += lBytes;
+    Parse(m_lRecord, tShape);
+    return true;
+}
+
+void ShapeFileReader::Parse(std::int32_t lRecord, Shape& tShape) const {
+    const auto fnBad = [&](const char* sWhat) {
+        return Failure(kExitInput,
+                       "record " + std::to_string(lRecord) + " of " + m_sPath + " " + sWhat);
+    };
+    const unsigned char* p = m_vContent.data();
+    const std::int64_t lBytes = static_cast<std::int64_t>(m_vContent.size());
+    const std::int32_t lType = LittleEndian(p);
+    tShape.vParts.clear();
+    tShape.eKind = Shape::Kind::None;
+    if (lType == 0) return;
+    if (lType != m_lShapeType) throw fnBad("has another shape type than its file");
+    tShape.eKind = KindOf(lType);
+    const auto fnPoint = [&](std::int64_t lOffset) {
+        return XY{LittleEndianDouble(p + lOffset), LittleEndianDouble(p + lOffset + 8)};
+    };
+    switch (lType % 10) {
+        case 1:
+            if (lBytes < 20) throw fnBad("is too short for a point");
+            tShape.vParts.push_back({fnPoint(4)});
+            return;
+        case 8: {
+            if (lBytes < 40) throw fnBad("is too short for a multipoint");
+            const std::int64_t lPoints = LittleEndian(p + 36);
+            if (lPoints < 0 || 40 + 16 * lPoints > lBytes) throw fnBad("has a bad point count");
+            for (std::int64_t i = 0; i < lPoints; ++i)
+                tShape.vParts.push_back({fnPoint(40 + 16 * i)});
+            return;
+        }
+        default: {
+            if (lBytes < 44) throw fnBad("is too short for its shape type");
+            const std::int64_t lParts = LittleEndian(p + 36);
+            const std::int64_t lPoints = LittleEndian(p + 40);
+            if (lParts < 0 || lPoints < 0 || 44 + 4 * lParts + 16 * lPoints > lBytes) {
+                throw fnBad("has bad part or point counts");
+            }
+            const std::int64_t lFirstPoint = 44 + 4 * lParts;
+            for (std::int64_t lPart = 0; lPart < lParts; ++lPart) {
+                const std::int64_t lStart = LittleEndian(p + 44 + 4 * lPart);
+                const std::int64_t lEnd =
+                    lPart + 1 < lParts ? LittleEndian(p + 48 + 4 * lPart) : lPoints;
+                if (lStart < 0 || lStart > lEnd || lEnd > lPoints)
+                    throw fnBad("has bad part starts");
+                std::vector<XY>& vPart = tShape.vParts.emplace_back();
+                vPart.reserve(static_cast<std::size_t>(lEnd - lStart));
+                for (std::int64_t i = lStart; i < lEnd; ++i) {
+                    vPart.push_back(fnPoint(lFirstPoint + 16 * i));
+                }
+            }
+            return;
+        }
+    }
+}
+
+}  // namespace tnw::cli
