@@ -324,6 +324,27 @@ TEST_F(ASCIIEncoderTest, HeaderFailureShowsTheBoxWhateverTheDebugMode) {
     EXPECT_FALSE(enc.Update());  // closed after the failure
 }
 
+TEST_F(ASCIIEncoderTest, FailureBeforeOpeningReachesTheErrorPathThroughInitialize) {
+    MakeCropYield();
+    auto fnFileUtility = tnwObjectFactory::Register(kProgIdFileUtility, nullptr);
+    tnwASCIIEncoder enc;
+    const bool bResult = enc.Initialize(dir.Path("x"), oColumns);
+    bool bRaised = false;
+    try {
+        enc.InitializeFile(dir.Path("x"), oColumns);
+    } catch (const Error& e) {
+        bRaised = e.lNumber == errCantCreateObject;
+    }
+    tnwObjectFactory::Register(kProgIdFileUtility, fnFileUtility);
+    EXPECT_FALSE(bResult);
+    EXPECT_TRUE(bRaised);
+    ASSERT_EQ(capture.vReports.size(), 1u);
+    EXPECT_EQ(capture.vReports[0].sSource, "tnwASCIIEncoder.Initialize");
+    EXPECT_EQ(capture.vReports[0].lNumber, errCantCreateObject);
+    EXPECT_TRUE(capture.vBoxes.empty());
+    EXPECT_TRUE(FolderIsEmpty());
+}
+
 TEST_F(ASCIIEncoderTest, InitializeFileUsesTheOptionsAsTheyStand) {
     MakeCropYield();
     tnwASCIIEncoder enc;
