@@ -56,9 +56,9 @@ class Console::Handler final : public ItnwErrorHandler {
 public:
     explicit Handler(Console& oConsole) : m_oConsole(oConsole) {}
     void errorMessage(const std::string&, const std::string&, const std::string& sSource,
-                      std::int32_t, const std::string& sErrSource, const std::string& sDescription,
+                      std::int32_t, const std::string&, const std::string& sDescription,
                       const std::string&) override {
-        m_oConsole.Report(sSource, sErrSource, sDescription);
+        m_oConsole.Report(sSource, sDescription);
     }
 
 private:
@@ -125,8 +125,7 @@ std::string Console::TakeBoxText() {
     return std::exchange(m_sBoxText, std::string());
 }
 
-void Console::Report(const std::string& sSource, const std::string& sErrSource,
-                     const std::string& sDescription) {
+void Console::Report(const std::string& sSource, const std::string& sDescription) {
     ++m_lReports;
     if (m_lReports > kShownReports + 1) return;
     if (m_lReports == kShownReports + 1) {
@@ -139,9 +138,7 @@ void Console::Report(const std::string& sSource, const std::string& sErrSource,
         if (!sContext.empty()) sText += sContext + ": ";
     }
     sText += sDescription.empty() ? std::string("failed") : sDescription;
-    sText += " (" + sSource;
-    if (!sErrSource.empty() && sErrSource != sSource) sText += ", " + sErrSource;
-    sText += ").";
+    sText += " (" + sSource + ").";
     Line(sText);
 }
 

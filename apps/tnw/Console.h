@@ -48,8 +48,8 @@ private:
     class Handler;
     class Bar;
 
-    void Report(const std::string& sSource, const std::string& sErrSource,
-                const std::string& sDescription);
+    // In debug mode the box that follows tells the rest: number and error source.
+    void Report(const std::string& sSource, const std::string& sDescription);
     void Box(const std::string& sText, const std::string& sTitle);
     void Line(const std::string& sText);
     void DrawBar();

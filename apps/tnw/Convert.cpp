@@ -153,7 +153,7 @@ Counts WriteRecords(tnwDecoderRecordSource& oSource, Encoder& oEncoder, Console&
     oConsole.SetContext([&] {
         const std::int64_t lRow =
             oSource.RecordsRead() + oSource.RowsSkipped() + (bWriting ? 0 : 1);
-        return (bWriting ? "record " : "row ") + std::to_string(lRow) + " of " + sInput;
+        return (bWriting ? "record " : "data row ") + std::to_string(lRow) + " of " + sInput;
     });
     oSource.MoveFirst();
     while (!oSource.Eof()) {
@@ -278,7 +278,7 @@ ExitCode Convert(InputOptions tInputOptions, const OutputOptions& t, Console& oC
         std::chrono::duration<double>(std::chrono::steady_clock::now() - tStart).count();
     char aSeconds[32];
     std::snprintf(aSeconds, sizeof aSeconds, "%.2f s", dSeconds);
-    std::string sSummary = "read " + std::to_string(oSource.RecordsRead()) + " records from " +
+    std::string sSummary = "read " + CountText(oSource.RecordsRead(), "record") + " from " +
                            tInput.sPath + " (" + SizeText(nInBytes) + "), wrote " +
                            std::to_string(tCounts.lWritten) + " to " + sFiles + " (" +
                            SizeText(nOutBytes);
@@ -287,13 +287,13 @@ ExitCode Convert(InputOptions tInputOptions, const OutputOptions& t, Console& oC
     oConsole.Summary(sSummary);
 
     if (oSource.RowsSkipped() > 0) {
-        oConsole.Warn(std::to_string(oSource.RowsSkipped()) + " rows of " + tInput.sPath +
+        oConsole.Warn(CountText(oSource.RowsSkipped(), "data row") + " of " + tInput.sPath +
                       " could not be read");
     }
     if (tCounts.lRefused > 0) {
-        oConsole.Warn(std::to_string(tCounts.lRefused) +
-                      " records were not written (no geometry of the output's kind, or a failure "
-                      "told above)");
+        oConsole.Warn(CountText(tCounts.lRefused, "record") +
+                      " could not be written (no geometry of the output's kind, or a failure told "
+                      "above)");
     }
     const bool bClean =
         oSource.RowsSkipped() == 0 && tCounts.lRefused == 0 && oConsole.Reports() == 0;

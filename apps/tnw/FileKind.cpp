@@ -85,4 +85,8 @@ std::string SizeText(std::uintmax_t nBytes) {
     return aText;
 }
 
+std::string CountText(std::int64_t lCount, const std::string& sNoun) {
+    return std::to_string(lCount) + " " + sNoun + (lCount == 1 ? "" : "s");
+}
+
 }  // namespace tnw::cli

@@ -30,4 +30,7 @@ namespace tnw::cli {
 // "812 bytes", "147.5 KiB", "12.0 MiB".
 std::string SizeText(std::uintmax_t nBytes);
 
+// "1 record", "2 records".
+std::string CountText(std::int64_t lCount, const std::string& sNoun);
+
 }  // namespace tnw::cli

@@ -124,8 +124,8 @@ void ReadRecords(const InputOptions& tOptions, const std::string& sColumn, Conso
     if (oColumn) tMap.sColumn = oColumn->Key();
     oSource.SetCallback(oConsole.Progress("reading"));
     oConsole.SetContext([&] {
-        return "row " + std::to_string(oSource.RecordsRead() + oSource.RowsSkipped() + 1) + " of " +
-               tInput.sPath;
+        return "data row " + std::to_string(oSource.RecordsRead() + oSource.RowsSkipped() + 1) +
+               " of " + tInput.sPath;
     });
     for (oSource.MoveFirst(); !oSource.Eof(); oSource.MoveNext()) {
         Shape& tShape = tMap.vShapes.emplace_back();

@@ -6,6 +6,8 @@
 #include <map>
 #include <numbers>
 
+#include "FileKind.h"
+
 namespace tnw::cli {
 
 namespace {
@@ -219,7 +221,7 @@ std::string MakeSvgMap(const MapData& tMap, std::int32_t lWidth, MapStats& tStat
             " " + Num(dHeight, "%.0f") + "\" font-family=\"sans-serif\" font-size=\"12\">\n";
     sSvg += "<title>" + Escape(tMap.sTitle) + "</title>\n";
     sSvg += "<rect width=\"100%\" height=\"100%\" fill=\"#ffffff\"/>\n";
-    std::string sHeading = tMap.sTitle + ": " + std::to_string(lDrawn) + " shapes";
+    std::string sHeading = tMap.sTitle + ": " + CountText(lDrawn, "shape");
     if (bColumn) sHeading += ", coloured by " + tMap.sColumn;
     sSvg += "<text x=\"" + Num(kMargin) + "\" y=\"" + Num(kMargin + 12.0) +
             "\" font-size=\"14\" font-weight=\"bold\">" + Escape(sHeading) + "</text>\n";

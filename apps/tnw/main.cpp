@@ -16,6 +16,9 @@ using namespace tnw::cli;
 
 namespace {
 
+constexpr const char* kGlobalOptions =
+    "Options of every command: -q,--quiet (no progress bar, no summary), --debug.\n\n";
+
 constexpr const char* kDescription =
     "tnw moves precision-agriculture field data between delimited text (.csv .txt .tsv), "
     "dBase tables (.dbf) and shapefile sets (.shp), tells what a file holds, and draws a map "
@@ -87,7 +90,7 @@ int main(int argc, char** argv) {
                     "  tnw convert table.dbf table.csv\n"
                     "  tnw convert yield.csv table.dbf\n"
                     "  tnw convert yield.csv copy.txt --delimiter ';'\n\n") +
-        kExitCodeHelp);
+        kGlobalOptions + kExitCodeHelp);
     pConvert->fallthrough();
     pConvert->add_option("input", tConvertIn.sPath, "File to read")->required();
     pConvert
@@ -152,7 +155,7 @@ int main(int argc, char** argv) {
     CLI::App* pInfo =
         oApp.add_subcommand("info", "Tell what a file holds: kind, extent, record count, columns");
     pInfo->footer(std::string("Examples:\n  tnw info fields.shp\n  tnw info table.dbf\n\n") +
-                  kExitCodeHelp);
+                  kGlobalOptions + kExitCodeHelp);
     pInfo->fallthrough();
     pInfo->add_option("file", tInfoIn.sPath, "File to look at")->required();
     AddInputOptions(*pInfo, tInfoIn, true);
@@ -164,7 +167,7 @@ int main(int argc, char** argv) {
         "preview", "Draw the records of a file as an SVG map, coloured by a column");
     pPreview->footer(
         std::string("Example:\n  tnw preview yield.shp yield.svg --color-by Yield\n\n") +
-        kExitCodeHelp);
+        kGlobalOptions + kExitCodeHelp);
     pPreview->fallthrough();
     pPreview
         ->add_option("input", tPreviewIn.sPath,
