@@ -24,7 +24,7 @@ Registry& TheRegistry() {
 }  // namespace
 
 std::shared_ptr<IComponent> tnwObjectFactory::CreateComponent(std::string_view sProgramId,
-                                                               std::string_view sFailureText) {
+                                                              std::string_view sFailureText) {
     ComponentCreator fnCreate;
     {
         Registry& registry = TheRegistry();
@@ -39,7 +39,8 @@ std::shared_ptr<IComponent> tnwObjectFactory::CreateComponent(std::string_view s
     return oComponent;
 }
 
-ComponentCreator tnwObjectFactory::Register(std::string_view sProgramId, ComponentCreator fnCreate) {
+ComponentCreator tnwObjectFactory::Register(std::string_view sProgramId,
+                                            ComponentCreator fnCreate) {
     Registry& registry = TheRegistry();
     std::lock_guard lock(registry.mutex);
     std::string sKey = FoldCase(sProgramId);

@@ -7,19 +7,32 @@ namespace tnw {
 
 std::string StandardDescription(std::int32_t lNumber) {
     switch (lNumber) {
-        case errOverflow: return "Overflow";
-        case errOutOfMemory: return "Out of memory";
-        case errSubscript: return "Subscript out of range";
-        case errTypeMismatch: return "Type mismatch";
-        case errBadFileNumber: return "Bad file name or number";
-        case errFileNotFound: return "File not found";
-        case errDiskFull: return "Disk full";
-        case errInputPastEnd: return "Input past end of file";
-        case errPathFileAccess: return "Path/File access error";
-        case errObjectNotSet: return "Object variable or With block variable not set";
-        case errCantCreateObject: return "ActiveX component can't create object";
-        case errNoSuchMethod: return "Object doesn't support this property or method";
-        default: return "Application-defined or object-defined error";
+        case errOverflow:
+            return "Overflow";
+        case errOutOfMemory:
+            return "Out of memory";
+        case errSubscript:
+            return "Subscript out of range";
+        case errTypeMismatch:
+            return "Type mismatch";
+        case errBadFileNumber:
+            return "Bad file name or number";
+        case errFileNotFound:
+            return "File not found";
+        case errDiskFull:
+            return "Disk full";
+        case errInputPastEnd:
+            return "Input past end of file";
+        case errPathFileAccess:
+            return "Path/File access error";
+        case errObjectNotSet:
+            return "Object variable or With block variable not set";
+        case errCantCreateObject:
+            return "ActiveX component can't create object";
+        case errNoSuchMethod:
+            return "Object doesn't support this property or method";
+        default:
+            return "Application-defined or object-defined error";
     }
 }
 

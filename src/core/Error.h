@@ -30,7 +30,9 @@ inline constexpr std::int32_t errCantAccessSource = static_cast<std::int32_t>(0x
 class Error : public std::exception {
 public:
     Error(std::int32_t lNumberIn, std::string sSourceIn, std::string sDescriptionIn)
-        : lNumber(lNumberIn), sSource(std::move(sSourceIn)), sDescription(std::move(sDescriptionIn)) {}
+        : lNumber(lNumberIn),
+          sSource(std::move(sSourceIn)),
+          sDescription(std::move(sDescriptionIn)) {}
 
     const char* what() const noexcept override { return sDescription.c_str(); }
 

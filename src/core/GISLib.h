@@ -70,8 +70,8 @@ public:
                                            std::string_view sDescription, std::int32_t lType,
                                            std::int16_t iSize, std::int16_t iPrecision,
                                            std::int32_t lFlags, std::int32_t lKind,
-                                           std::int32_t lUnit, std::string_view sTag,
-                                           bool bVisible, bool bActive,
+                                           std::int32_t lUnit, std::string_view sTag, bool bVisible,
+                                           bool bActive,
                                            const Variant& vDefault = Variant::Absent()) = 0;
     // Adds an existing column object; false when its key is there already.
     virtual bool AddColumn(std::shared_ptr<tnwColumn> oColumn) = 0;
@@ -111,8 +111,8 @@ public:
 class tnwGISFactory : public virtual IComponent {
 public:
     // oProjection may be nothing.
-    virtual std::shared_ptr<IPoint> CreatePoint(double dX, double dY,
-                                                const std::shared_ptr<tnwProjection>& oProjection) = 0;
+    virtual std::shared_ptr<IPoint> CreatePoint(
+        double dX, double dY, const std::shared_ptr<tnwProjection>& oProjection) = 0;
 };
 
 // Made from "tnwGIS.tnwPointList".

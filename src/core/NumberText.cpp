@@ -32,7 +32,8 @@ void SplitScientific(const char* pFirst, const char* pLast, Decimal& tDec) {
     int lExponent = 0;
     if (p < pLast) std::from_chars(p[1] == '+' ? p + 2 : p + 1, pLast, lExponent);
     tDec.lExponent = lExponent;
-    while (tDec.nDigits > 1 && tDec.aDigits[tDec.nDigits - 1] == '0') --tDec.nDigits;
+    while (tDec.nDigits > 1 && tDec.aDigits[tDec.nDigits - 1] == '0')
+        --tDec.nDigits;
 }
 
 // The digits of the number correctly rounded to at most nSignificant digits. The shortest
@@ -71,7 +72,8 @@ void AppendDecimal(std::string& sOut, const Decimal& tDec, int nSignificant) {
     }
     if (x >= 0) {
         const int nInt = x + 1;
-        for (int i = 0; i < nInt; ++i) sOut.push_back(i < tDec.nDigits ? tDec.aDigits[i] : '0');
+        for (int i = 0; i < nInt; ++i)
+            sOut.push_back(i < tDec.nDigits ? tDec.aDigits[i] : '0');
         if (tDec.nDigits > nInt) {
             sOut.push_back('.');
             sOut.append(tDec.aDigits + nInt, static_cast<std::size_t>(tDec.nDigits - nInt));
@@ -95,7 +97,9 @@ void AppendFloating(std::string& sOut, T value, int nSignificant) {
     AppendDecimal(sOut, tDec, nSignificant);
 }
 
-bool IsSkipped(char c) { return c == ' ' || c == '\t' || c == '\n'; }
+bool IsSkipped(char c) {
+    return c == ' ' || c == '\t' || c == '\n';
+}
 
 int DigitValue(char c) {
     if (c >= '0' && c <= '9') return c - '0';
@@ -106,9 +110,13 @@ int DigitValue(char c) {
 
 }  // namespace
 
-void AppendNumberText(std::string& sOut, double dValue) { AppendFloating(sOut, dValue, 15); }
+void AppendNumberText(std::string& sOut, double dValue) {
+    AppendFloating(sOut, dValue, 15);
+}
 
-void AppendNumberText(std::string& sOut, float fValue) { AppendFloating(sOut, fValue, 7); }
+void AppendNumberText(std::string& sOut, float fValue) {
+    AppendFloating(sOut, fValue, 7);
+}
 
 void AppendNumberText(std::string& sOut, std::int32_t lValue) {
     if (lValue >= 0) sOut.push_back(' ');
@@ -125,15 +133,32 @@ std::string NumberText(double dValue) {
 
 void AppendNumberText(std::string& sOut, const Variant& vValue) {
     switch (vValue.Type()) {
-        case vtEmpty: sOut += " 0"; return;
-        case vtInt16: AppendNumberText(sOut, static_cast<std::int32_t>(*vValue.As<std::int16_t>())); return;
-        case vtInt32: AppendNumberText(sOut, *vValue.As<std::int32_t>()); return;
-        case vtFloat: AppendNumberText(sOut, *vValue.As<float>()); return;
-        case vtDouble: AppendNumberText(sOut, *vValue.As<double>()); return;
-        case vtBoolean: sOut += *vValue.As<bool>() ? "True" : "False"; return;
-        case vtDate: sOut += DateText(*vValue.As<SerialDate>()); return;
-        case vtString: AppendNumberText(sOut, vValue.ToDouble()); return;
-        default: Raise(errTypeMismatch);
+        case vtEmpty:
+            sOut += " 0";
+            return;
+        case vtInt16:
+            AppendNumberText(sOut, static_cast<std::int32_t>(*vValue.As<std::int16_t>()));
+            return;
+        case vtInt32:
+            AppendNumberText(sOut, *vValue.As<std::int32_t>());
+            return;
+        case vtFloat:
+            AppendNumberText(sOut, *vValue.As<float>());
+            return;
+        case vtDouble:
+            AppendNumberText(sOut, *vValue.As<double>());
+            return;
+        case vtBoolean:
+            sOut += *vValue.As<bool>() ? "True" : "False";
+            return;
+        case vtDate:
+            sOut += DateText(*vValue.As<SerialDate>());
+            return;
+        case vtString:
+            AppendNumberText(sOut, vValue.ToDouble());
+            return;
+        default:
+            Raise(errTypeMismatch);
     }
 }
 
@@ -148,7 +173,8 @@ double TextToNumber(std::string_view sText) {
     const char* p = sText.data();
     const char* const pEnd = p + sText.size();
     auto skip = [&] {
-        while (p < pEnd && IsSkipped(*p)) ++p;
+        while (p < pEnd && IsSkipped(*p))
+            ++p;
     };
 
     skip();
@@ -212,7 +238,8 @@ double TextToNumber(std::string_view sText) {
         if (p < pEnd && *p >= '0' && *p <= '9') {
             put('e');
             put(cSign);
-            for (; p < pEnd && *p >= '0' && *p <= '9'; ++p, skip()) put(*p);
+            for (; p < pEnd && *p >= '0' && *p <= '9'; ++p, skip())
+                put(*p);
         } else {
             p = pMark;
         }
@@ -222,15 +249,28 @@ double TextToNumber(std::string_view sText) {
     double dValue = 0.0;
     auto res = std::from_chars(pFirst, pFirst + n, dValue);
     if (res.ec == std::errc::result_out_of_range) {
-        // Too small rounds to zero; too large has no double.
-        bool bLarge = false;
-        for (std::size_t i = 0; i < n; ++i) {
-            if (pFirst[i] == 'e') {
-                bLarge = pFirst[i + 1] == '+';
-                break;
-            }
+        // Too small rounds to zero; too large has no double. The magnitude is the count of
+        // significant digits before the decimal mark plus the exponent.
+        std::size_t i = pFirst[0] == '-' ? 1 : 0;
+        while (i < n && (pFirst[i] == '0' || pFirst[i] == '.')) {
+            if (pFirst[i] == '.') break;
+            ++i;
         }
-        if (bLarge) Raise(errOverflow);
+        long lMagnitude = 0;
+        while (i < n && pFirst[i] >= '0' && pFirst[i] <= '9') {
+            ++lMagnitude;
+            ++i;
+        }
+        const char* pExponent = static_cast<const char*>(std::memchr(pFirst, 'e', n));
+        if (pExponent) {
+            long lExponent = 0;
+            const char* pDigits = pExponent[1] == '+' ? pExponent + 2 : pExponent + 1;
+            if (std::from_chars(pDigits, pFirst + n, lExponent).ec != std::errc())
+                lExponent =
+                    pExponent[1] == '-' ? -1000000 : 1000000;  // beyond long: huge either way
+            lMagnitude += lExponent;
+        }
+        if (lMagnitude > 0) Raise(errOverflow);
         return 0.0;
     }
     return dValue;
@@ -251,7 +291,8 @@ double RoundHalfEven(double dValue, int nDecimals) {
     int n = 0;
     if (tDec.bNegative) aText[n++] = '-';
     aText[n++] = '0';  // room for a carry
-    for (int i = 0; i < nKeep; ++i) aText[n++] = tDec.aDigits[i];
+    for (int i = 0; i < nKeep; ++i)
+        aText[n++] = tDec.aDigits[i];
     const char cFirstDropped = tDec.aDigits[nKeep];
     bool bRestZero = true;
     for (int i = nKeep + 1; i < tDec.nDigits; ++i)
@@ -261,7 +302,8 @@ double RoundHalfEven(double dValue, int nDecimals) {
                      (cFirstDropped == '5' && bRestZero && (cLastKept - '0') % 2 == 1);
     if (bUp) {
         int i = n - 1;
-        while (aText[i] == '9') aText[i--] = '0';
+        while (aText[i] == '9')
+            aText[i--] = '0';
         ++aText[i];
     }
     aText[n++] = 'e';

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "core/Error.h"
+
 namespace tnw {
 
 namespace {
@@ -67,6 +69,8 @@ SerialDate DateSerial(int iYear, int iMonth, int iDay) {
 }
 
 YearMonthDay ToYearMonthDay(SerialDate tDate) {
+    // Dates run from the year 100 to 9999, as the tagged value allows.
+    if (!(tDate.dSerial >= -657434.0 && tDate.dSerial < 2958466.0)) Raise(errOverflow);
     double dDay = std::trunc(tDate.dSerial);
     return CivilFromDays(static_cast<std::int64_t>(dDay) + kSerialEpoch);
 }
@@ -87,8 +91,10 @@ double ToUnixSeconds(SerialDate tDate) {
 }
 
 std::optional<SerialDate> ParseDateText(std::string_view sText) {
-    while (!sText.empty() && sText.front() == ' ') sText.remove_prefix(1);
-    while (!sText.empty() && sText.back() == ' ') sText.remove_suffix(1);
+    while (!sText.empty() && sText.front() == ' ')
+        sText.remove_prefix(1);
+    while (!sText.empty() && sText.back() == ' ')
+        sText.remove_suffix(1);
     std::string_view s = sText;
     int a = 0, b = 0, c = 0;
     int iYear = 0, iMonth = 0, iDay = 0;

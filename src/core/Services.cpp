@@ -10,7 +10,9 @@ namespace {
 std::atomic<ArcAngleFunction> g_fnArcAngle{nullptr};
 }
 
-void RegisterArcAngle(ArcAngleFunction fnArcAngle) { g_fnArcAngle = fnArcAngle; }
+void RegisterArcAngle(ArcAngleFunction fnArcAngle) {
+    g_fnArcAngle = fnArcAngle;
+}
 
 double CallArcAngle(double dX1, double dY1, double dX2, double dY2) {
     ArcAngleFunction fn = g_fnArcAngle.load();

@@ -14,11 +14,17 @@ namespace {
 // A strict reading of text as a number: optional blanks around one decimal number, "." as
 // decimal mark. Nothing else converts.
 bool ParseStrict(std::string_view s, double& dValue) {
-    while (!s.empty() && s.front() == ' ') s.remove_prefix(1);
-    while (!s.empty() && s.back() == ' ') s.remove_suffix(1);
+    while (!s.empty() && s.front() == ' ')
+        s.remove_prefix(1);
+    while (!s.empty() && s.back() == ' ')
+        s.remove_suffix(1);
     if (s.empty()) return false;
-    if (s.front() == '+') s.remove_prefix(1);
+    // One sign, then digits or a decimal mark: no "inf", "nan" or "+-5".
+    const bool bNegative = s.front() == '-';
+    if (s.front() == '+' || s.front() == '-') s.remove_prefix(1);
+    if (s.empty() || !((s.front() >= '0' && s.front() <= '9') || s.front() == '.')) return false;
     auto res = std::from_chars(s.data(), s.data() + s.size(), dValue);
+    if (bNegative) dValue = -dValue;
     return res.ec == std::errc() && res.ptr == s.data() + s.size();
 }
 
@@ -37,19 +43,27 @@ bool Variant::IsNumeric() const {
 
 double Variant::ToDouble() const {
     switch (Type()) {
-        case vtEmpty: return 0.0;
-        case vtInt16: return *As<std::int16_t>();
-        case vtInt32: return *As<std::int32_t>();
-        case vtFloat: return *As<float>();
-        case vtDouble: return *As<double>();
-        case vtDate: return As<SerialDate>()->dSerial;
-        case vtBoolean: return *As<bool>() ? -1.0 : 0.0;
+        case vtEmpty:
+            return 0.0;
+        case vtInt16:
+            return *As<std::int16_t>();
+        case vtInt32:
+            return *As<std::int32_t>();
+        case vtFloat:
+            return *As<float>();
+        case vtDouble:
+            return *As<double>();
+        case vtDate:
+            return As<SerialDate>()->dSerial;
+        case vtBoolean:
+            return *As<bool>() ? -1.0 : 0.0;
         case vtString: {
             double d = 0.0;
             if (!ParseStrict(*AsString(), d)) Raise(errTypeMismatch);
             return d;
         }
-        default: Raise(errTypeMismatch);
+        default:
+            Raise(errTypeMismatch);
     }
 }
 
@@ -78,11 +92,16 @@ SerialDate Variant::ToDate() const {
 
 std::string Variant::ToText() const {
     switch (Type()) {
-        case vtEmpty: return {};
-        case vtString: return *AsString();
-        case vtBoolean: return *As<bool>() ? "True" : "False";
-        case vtDate: return DateText(*As<SerialDate>());
-        case vtAbsent: Raise(errTypeMismatch);
+        case vtEmpty:
+            return {};
+        case vtString:
+            return *AsString();
+        case vtBoolean:
+            return *As<bool>() ? "True" : "False";
+        case vtDate:
+            return DateText(*As<SerialDate>());
+        case vtAbsent:
+            Raise(errTypeMismatch);
         default: {
             std::string s = NumberText(*this);
             // Plain text: no blank in front, and a zero before a leading decimal mark.

@@ -55,12 +55,12 @@ public:
     bool IsNumeric() const;  // int16, int32, float, double
 
     // Conversions with the usual run-time rules: error 13 where the value has no such reading.
-    double ToDouble() const;          // empty 0, boolean -1/0, date its serial, text by a strict parse
-    std::int32_t ToLong() const;      // rounded half to even; error 6 out of range
-    bool ToBool() const;              // numbers: not 0; text "True"/"False" or a number
-    SerialDate ToDate() const;        // numbers as serials, text as a date
-    std::string ToText() const;       // the value as plain text: no leading blank, "True"/"False"
-    bool EqualsTrue() const;          // the value equals True: boolean true or a number of -1
+    double ToDouble() const;      // empty 0, boolean -1/0, date its serial, text by a strict parse
+    std::int32_t ToLong() const;  // rounded half to even; error 6 out of range
+    bool ToBool() const;          // numbers: not 0; text "True"/"False" or a number
+    SerialDate ToDate() const;    // numbers as serials, text as a date
+    std::string ToText() const;   // the value as plain text: no leading blank, "True"/"False"
+    bool EqualsTrue() const;      // the value equals True: boolean true or a number of -1
 
     // Direct access for callers that know the type.
     const std::string* AsString() const { return std::get_if<std::string>(&m_v); }

@@ -10,10 +10,10 @@ namespace tnw::platform {
 namespace {
 
 // Windows-1252 bytes 0x80..0x9F; 0 where the code page has no character.
-constexpr char32_t k1252High[32] = {
-    0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
+constexpr char32_t k1252High[32] = {0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017D, 0,
+                                    0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
 
 CodePage StartingCodePage() {
     const char* s = std::getenv("TNW_CODEPAGE");
@@ -60,6 +60,10 @@ void AppendUtf8(std::string& sOut, char32_t u) {
 // takes one byte.
 char32_t DecodeUtf8(std::string_view s, std::size_t& i) {
     const auto b0 = static_cast<unsigned char>(s[i]);
+    if (b0 < 0x80) {
+        ++i;
+        return b0;
+    }
     int nMore = b0 >= 0xF0 && b0 < 0xF8 ? 3 : b0 >= 0xE0 ? 2 : b0 >= 0xC0 ? 1 : -1;
     if (nMore < 0 || i + static_cast<std::size_t>(nMore) >= s.size()) {
         ++i;
@@ -86,9 +90,13 @@ bool IsAscii(std::string_view s) {
 
 }  // namespace
 
-CodePage NarrowCodePage() { return TheCodePage().load(); }
+CodePage NarrowCodePage() {
+    return TheCodePage().load();
+}
 
-void SetNarrowCodePage(CodePage eCodePage) { TheCodePage().store(eCodePage); }
+void SetNarrowCodePage(CodePage eCodePage) {
+    TheCodePage().store(eCodePage);
+}
 
 void AppendNarrow(std::string& sOut, std::string_view sUtf8) {
     if (IsAscii(sUtf8)) {
@@ -114,7 +122,8 @@ void AppendFromNarrow(std::string& sOut, std::string_view sNarrow) {
         return;
     }
     const CodePage eCodePage = NarrowCodePage();
-    for (char c : sNarrow) AppendUtf8(sOut, CharOfByte(static_cast<unsigned char>(c), eCodePage));
+    for (char c : sNarrow)
+        AppendUtf8(sOut, CharOfByte(static_cast<unsigned char>(c), eCodePage));
 }
 
 std::string FromNarrow(std::string_view sNarrow) {

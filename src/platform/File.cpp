@@ -26,7 +26,9 @@ namespace {
 
 FileSystemCalls DefaultSystemCalls() {
     FileSystemCalls calls;
-    calls.open = [](const char* sPath, int iFlags, int iMode) { return ::open(sPath, iFlags, iMode); };
+    calls.open = [](const char* sPath, int iFlags, int iMode) {
+        return ::open(sPath, iFlags, iMode);
+    };
     calls.read = [](int iFd, void* p, std::size_t n) { return ::read(iFd, p, n); };
     calls.write = [](int iFd, const void* p, std::size_t n) { return ::write(iFd, p, n); };
     calls.lseek = [](int iFd, off_t l, int iWhence) { return ::lseek(iFd, l, iWhence); };
@@ -158,7 +160,9 @@ void OutputFile::Abandon() noexcept {
 
 // ---- InputFile ----
 
-InputFile::~InputFile() { Close(); }
+InputFile::~InputFile() {
+    Close();
+}
 
 void InputFile::Open(const std::string& sPath) {
     Close();
@@ -212,7 +216,9 @@ void InputFile::ReadExact(void* pData, std::size_t nBytes) {
     if (Read(pData, nBytes) != nBytes) Raise(errInputPastEnd);
 }
 
-bool InputFile::AtEnd() { return !Fill(); }
+bool InputFile::AtEnd() {
+    return !Fill();
+}
 
 bool InputFile::ReadLine(std::string& sLine, LineEnds eEnds, std::size_t& nConsumed) {
     sLine.clear();
@@ -223,9 +229,11 @@ bool InputFile::ReadLine(std::string& sLine, LineEnds eEnds, std::size_t& nConsu
         const char* pEnd = m_pBuffer.get() + m_nEnd;
         const char* pStop = pBegin;
         if (eEnds == LineEnds::CarriageReturn) {
-            pStop = static_cast<const char*>(std::memchr(pBegin, '\r', static_cast<std::size_t>(pEnd - pBegin)));
+            pStop = static_cast<const char*>(
+                std::memchr(pBegin, '\r', static_cast<std::size_t>(pEnd - pBegin)));
         } else {
-            while (pStop < pEnd && *pStop != '\r' && *pStop != '\n') ++pStop;
+            while (pStop < pEnd && *pStop != '\r' && *pStop != '\n')
+                ++pStop;
             if (pStop == pEnd) pStop = nullptr;
         }
         if (!pStop) {
@@ -257,7 +265,8 @@ void InputFile::Seek(std::int64_t lPosition) {
     if (lPosition < 0) Raise(errBadFileNumber);
     // Within the buffer, move in it; else drop it.
     std::int64_t lBufferStart = m_lPosition - static_cast<std::int64_t>(m_nStart);
-    if (lPosition >= lBufferStart && lPosition <= lBufferStart + static_cast<std::int64_t>(m_nEnd)) {
+    if (lPosition >= lBufferStart &&
+        lPosition <= lBufferStart + static_cast<std::int64_t>(m_nEnd)) {
         m_nStart = static_cast<std::size_t>(lPosition - lBufferStart);
         m_lPosition = lPosition;
         return;

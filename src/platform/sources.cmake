@@ -1,4 +1,1 @@
-set(tnw_sources
-    CodePage.cpp
-    File.cpp
-    Hooks.cpp)
+set(tnw_sources CodePage.cpp File.cpp Hooks.cpp)

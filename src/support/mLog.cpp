@@ -29,7 +29,8 @@ std::string NumberForBox(std::int32_t lNumber) {
 std::int32_t DebugMode() {
     auto oSettings = platform::Settings();
     std::int32_t lMode =
-        oSettings->GetSetting("Tarnwick", "Common", "ConDebug", Variant(std::int32_t{-99})).ToLong();
+        oSettings->GetSetting("Tarnwick", "Common", "ConDebug", Variant(std::int32_t{-99}))
+            .ToLong();
     if (lMode == -99) {
         lMode = oSettings
                     ->ReadValue(platform::HKEY_LOCAL_MACHINE, kRegistryKey, "ConDebug",
@@ -66,11 +67,18 @@ void AddToErrorLog(const std::string& sSource, std::int32_t lNumber, const std::
     sText += "Description: " + sDescription;
     if (!sMoreInfo.empty()) {
         sText += "\r\n\r\nMore Info: ";
-        if (sMoreInfo.size() > kMoreInfoLimit) {
-            sText += sMoreInfo.substr(0, kMoreInfoLimit) + " ...more... ";
-        } else {
-            sText += sMoreInfo;
+        // The limit counts characters: find the byte where the 751st one starts.
+        std::size_t nCut = 0;
+        std::size_t nChars = 0;
+        while (nCut < sMoreInfo.size() && nChars < kMoreInfoLimit) {
+            ++nCut;
+            while (nCut < sMoreInfo.size() &&
+                   (static_cast<unsigned char>(sMoreInfo[nCut]) & 0xC0) == 0x80)
+                ++nCut;
+            ++nChars;
         }
+        sText += sMoreInfo.substr(0, nCut);
+        if (nCut < sMoreInfo.size()) sText += " ...more... ";
     }
     platform::ShowMessageBox(sText, "Debug Mode Error Handler (" + tApp.sName + ")",
                              platform::MsgIcon::Exclamation);
@@ -83,9 +91,9 @@ void ErrorLog(const std::string& sSource, const Error& oError, const std::string
     std::string sExtended = sSource;
     if (!oError.sSource.empty()) sExtended += "::" + oError.sSource;
     constexpr std::string_view kTerminate = ".Class_Terminate";
-    const bool bTerminate = sExtended.size() >= kTerminate.size() &&
-                            sExtended.compare(sExtended.size() - kTerminate.size(),
-                                              kTerminate.size(), kTerminate) == 0;
+    const bool bTerminate =
+        sExtended.size() >= kTerminate.size() &&
+        sExtended.compare(sExtended.size() - kTerminate.size(), kTerminate.size(), kTerminate) == 0;
     if (bRaise && !bTerminate) throw Error(oError.lNumber, sExtended, oError.sDescription);
 }
 

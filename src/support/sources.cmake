@@ -1,2 +1,1 @@
-set(tnw_sources
-    mLog.cpp)
+set(tnw_sources mLog.cpp)

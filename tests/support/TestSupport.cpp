@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "RegisterStandIns.h"
+#include "core/GISLib.h"
 #include "core/Services.h"
 
 namespace tnw::test {
