@@ -1,0 +1,209 @@
+// tnwDecoderRecordSource: decoders handed to the encoders' ImportRS, rows the decoder refuses,
+// geometry from longitude/latitude and from well-known text, counts and progress.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "bridge/tnwDecoderRecordSource.h"
+#include "encoders/tnwASCIIEncoder.h"
+#include "ogc_sf/WKT.h"
+#include "shapefile/tnwShapeEncoder.h"
+#include "support/TestSupport.h"
+#include "uom/UnitLookup.h"
+
+namespace tnw {
+namespace {
+
+using test::ReadBytes;
+using test::ReadFile;
+using test::WriteFile;
+
+std::shared_ptr<IGeometry> Parse(std::string_view sWKT) {
+    return standins::ParseWKT(sWKT);
+}
+
+// Keeps every SetBarValue.
+class Recorder final : public tnwGISCallback {
+public:
+    void SetBarCount(std::int32_t) override {}
+    void SetBarText(std::int32_t, const std::string&) override {}
+    void SetBarRange(std::int32_t, double dMin, double dMax) override {
+        vRanges.emplace_back(dMin, dMax);
+    }
+    void SetBarValue(std::int32_t, double dValue) override { vValues.push_back(dValue); }
+    void ClearBarText(std::int32_t) override {}
+    void ResetBar(std::int32_t) override {}
+
+    std::vector<std::pair<double, double>> vRanges;
+    std::vector<double> vValues;
+};
+
+std::int32_t LittleEndian32(const std::vector<std::uint8_t>& v, std::size_t n) {
+    return static_cast<std::int32_t>(v[n] | (v[n + 1] << 8) | (v[n + 2] << 16) |
+                                     (std::uint32_t{v[n + 3]} << 24));
+}
+
+double LittleEndianDouble(const std::vector<std::uint8_t>& v, std::size_t n) {
+    double d = 0.0;
+    std::memcpy(&d, v.data() + n, sizeof d);
+    return d;
+}
+
+class RecordSourceTest : public ::testing::Test {
+protected:
+    RecordSourceTest() { standins::RegisterUnitLookup(); }
+
+    std::shared_ptr<tnwASCIIDecoder> Text(const std::string& sName, const std::string& sContent) {
+        WriteFile(m_oDir.Path(sName), sContent);
+        auto oDecoder = std::make_shared<tnwASCIIDecoder>();
+        oDecoder->SetLineFeedEndsLine(true);
+        oDecoder->SetFilename(m_oDir.Path(sName));
+        oDecoder->SetHeaderRows(1);
+        oDecoder->AutoGenColumns();
+        return oDecoder;
+    }
+
+    test::ScopedCapture m_oCapture;
+    test::TempDir m_oDir;
+};
+
+TEST_F(RecordSourceTest, TextPointsGoThroughShapeImportWithProgress) {
+    std::string sContent = "Longitude,Latitude,Yield (bu/ac),Crop\n";
+    for (int i = 0; i < 2500; ++i) {
+        sContent += std::to_string(-93 - i / 10000.0) + "," + std::to_string(42 + i / 10000.0) +
+                    "," + std::to_string(100 + i % 50) + ",Corn\n";
+    }
+    auto oSource = std::make_shared<tnwDecoderRecordSource>(Text("log.csv", sContent), Parse);
+    EXPECT_TRUE(oSource->Eof());
+    EXPECT_EQ(oSource->GeometryType(), tnwGeometryPoint);
+    EXPECT_EQ(oSource->RecordCount(), 2500);
+
+    auto oCallback = std::make_shared<Recorder>();
+    tnwShapeEncoder oEncoder;
+    oEncoder.SetCallback(oCallback);
+    ASSERT_TRUE(oEncoder.ImportRS(m_oDir.Path("log.shp"), oSource));
+    oEncoder.CloseFiles();
+
+    // The encoder reports at every thousandth record of the count the source gave.
+    EXPECT_EQ(oCallback->vValues, (std::vector<double>{40.0, 80.0}));
+    EXPECT_EQ(oSource->RecordsRead(), 2500);
+    EXPECT_TRUE(oSource->Eof());
+    const auto vShp = ReadBytes(m_oDir.Path("log.shp"));
+    ASSERT_EQ(vShp.size(), 100u + 2500u * 28u);
+    EXPECT_EQ(LittleEndian32(vShp, 32), 1);
+    // Record 2 starts at 100 + 28: its point follows the record header and the shape type.
+    EXPECT_DOUBLE_EQ(LittleEndianDouble(vShp, 128 + 12), -93.0001);
+    EXPECT_DOUBLE_EQ(LittleEndianDouble(vShp, 128 + 20), 42.0001);
+    const auto vDbf = ReadBytes(m_oDir.Path("log.dbf"));
+    EXPECT_EQ(LittleEndian32(vDbf, 4), 2500);
+    EXPECT_TRUE(m_oCapture.vReports.empty());
+}
+
+TEST_F(RecordSourceTest, RefusedRowsArePassedOverAndCounted) {
+    auto oDecoder = Text("bad.csv", "Longitude,Latitude,Name\n1,2,a\n3\n\n5,6,c\n7\n");
+    tnwDecoderRecordSource oSource(oDecoder);
+    EXPECT_EQ(oSource.RecordCount(), 4);  // read or refused, the blank line not
+
+    std::vector<std::string> vNames;
+    std::vector<double> vX;
+    for (oSource.MoveFirst(); !oSource.Eof(); oSource.MoveNext()) {
+        vNames.push_back(oSource.Columns()->Item("Name")->Text());
+        vX.push_back(std::dynamic_pointer_cast<IPoint>(oSource.Geometry())->X());
+    }
+    EXPECT_EQ(vNames, (std::vector<std::string>{"a", "c"}));
+    EXPECT_EQ(vX, (std::vector<double>{1.0, 5.0}));
+    EXPECT_EQ(oSource.RecordsRead(), 2);
+    EXPECT_EQ(oSource.RowsSkipped(), 2);
+    // Each refused row was reported by the decoder itself.
+    ASSERT_EQ(m_oCapture.vReports.size(), 2u);
+    EXPECT_EQ(m_oCapture.vReports[0].sSource, "tnwASCIIDecoder.MoveNext");
+
+    // A new walk starts the counts over.
+    oSource.MoveFirst();
+    EXPECT_EQ(oSource.RecordsRead(), 1);
+    EXPECT_EQ(oSource.RowsSkipped(), 0);
+}
+
+TEST_F(RecordSourceTest, TableGoesThroughTextImportWithItsHeaderCount) {
+    // A table written by the shapefile encoder, read back as a source.
+    {
+        auto oText = Text("in.csv", "Name,Rate (gal/ac)\nnorth,12.5\nsouth,7\nwest,3\n");
+        tnwShapeEncoder oTable;
+        ASSERT_TRUE(
+            oTable.ImportRS(m_oDir.Path("t.dbf"), std::make_shared<tnwDecoderRecordSource>(oText)));
+        oTable.CloseFiles();
+    }
+    auto oDecoder = std::make_shared<tnwDBFDecoder>();
+    oDecoder->SetFilename(m_oDir.Path("t.dbf"));
+    auto oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder);
+    EXPECT_EQ(oSource->RecordCount(), 3);
+    EXPECT_EQ(oSource->GeometryType(), 0);
+
+    auto oCallback = std::make_shared<Recorder>();
+    oSource->SetCallback(oCallback);
+    tnwASCIIEncoder oEncoder;
+    ASSERT_TRUE(oEncoder.ImportRS(m_oDir.Path("t.csv"), oSource));
+    oEncoder.CloseFiles();
+    EXPECT_EQ(ReadFile(m_oDir.Path("t.csv")),
+              "\"Name\",\"Rate\"\r\n\"north\", 12.5\r\n\"south\", 7\r\n\"west\", 3\r\n");
+    // A third of the table per record, then the end.
+    EXPECT_EQ(oCallback->vRanges, (std::vector<std::pair<double, double>>{{0.0, 100.0}}));
+    EXPECT_EQ(oCallback->vValues, (std::vector<double>{33.0, 66.0, 100.0}));
+}
+
+TEST_F(RecordSourceTest, WellKnownTextGivesTheKindOfTheFirstGeometryAndFailuresAreReported) {
+    auto oDecoder = Text("w.csv",
+                         "Name,Shape\n"
+                         "empty,\n"
+                         "broken,\"POLYGON((0 0,1\"\n"
+                         "two,\"MULTIPOLYGON(((0 0,1 0,1 1,0 0)),((5 5,6 5,6 6,5 5)))\"\n"
+                         "line,\"LINESTRING(0 0,3 4)\"\n");
+    oDecoder->SetWKTCol(2);
+    tnwDecoderRecordSource oSource(oDecoder, Parse);
+    EXPECT_EQ(oSource.GeometryType(), tnwGeometryRegion);
+    EXPECT_TRUE(m_oCapture.vReports.empty());  // looking ahead reports nothing
+    oSource.SetGeometryType(tnwGeometryLine);
+    EXPECT_EQ(oSource.GeometryType(), tnwGeometryLine);
+
+    std::vector<std::int32_t> vTypes;
+    for (oSource.MoveFirst(); !oSource.Eof(); oSource.MoveNext()) {
+        const auto oGeometry = oSource.Geometry();
+        EXPECT_EQ(oGeometry, oSource.Geometry());  // made once per record
+        vTypes.push_back(oGeometry ? oGeometry->GeometryType() : 0);
+    }
+    EXPECT_EQ(vTypes, (std::vector<std::int32_t>{0, 0, ogcMultiPolygon, ogcLineString}));
+    ASSERT_EQ(m_oCapture.vReports.size(), 1u);
+    EXPECT_EQ(m_oCapture.vReports[0].sSource, "tnwDecoderRecordSource.Geometry");
+
+    // Without a parser there is no geometry and no kind.
+    tnwDecoderRecordSource oBare(oDecoder);
+    EXPECT_EQ(oBare.GeometryType(), 0);
+    oBare.MoveFirst();
+    oBare.MoveNext();
+    EXPECT_EQ(oBare.Geometry(), nullptr);
+}
+
+TEST_F(RecordSourceTest, FilesWithoutRecords) {
+    tnwDecoderRecordSource oHeaderOnly(Text("h.csv", "Longitude,Latitude\n"));
+    EXPECT_EQ(oHeaderOnly.RecordCount(), 0);
+    oHeaderOnly.MoveFirst();
+    EXPECT_TRUE(oHeaderOnly.Eof());
+    EXPECT_EQ(oHeaderOnly.Geometry(), nullptr);
+
+    // More header rows than lines: the decoder stops in the header.
+    auto oShort = Text("s.csv", "a\n");
+    oShort->SetHeaderRows(3);
+    tnwDecoderRecordSource oSource(oShort);
+    oSource.MoveFirst();
+    EXPECT_TRUE(oSource.Eof());
+    EXPECT_EQ(oSource.RecordCount(), 0);
+
+    tnwShapeEncoder oEncoder;
+    ASSERT_TRUE(oEncoder.ImportRS(
+        m_oDir.Path("none.shp"), std::make_shared<tnwDecoderRecordSource>(Text("n.csv", "X,Y\n"))));
+    oEncoder.CloseFiles();
+    EXPECT_EQ(ReadBytes(m_oDir.Path("none.shp")).size(), 100u);
+}
+
+}  // namespace
+}  // namespace tnw
