@@ -28,7 +28,7 @@ void AppendField(std::string& sLine, const std::string& sText) {
         sLine += (c == '\t' || c == '\r' || c == '\n') ? ' ' : c;
 }
 
-std::string NumberText(std::int32_t lNumber) {
+std::string ReportNumberText(std::int32_t lNumber) {
     if (lNumber >= 0) return std::to_string(lNumber);
     char aBuffer[16];
     std::snprintf(aBuffer, sizeof aBuffer, "%08X", static_cast<std::uint32_t>(lNumber));
@@ -43,7 +43,7 @@ std::string LogLine(const ErrorReport& tReport) {
     std::string sLine = aTime;
     AppendField(sLine, tReport.sApplication + " " + tReport.sVersion);
     AppendField(sLine, tReport.sSource);
-    AppendField(sLine, NumberText(tReport.lNumber));
+    AppendField(sLine, ReportNumberText(tReport.lNumber));
     AppendField(sLine, tReport.sErrSource);
     AppendField(sLine, tReport.sDescription);
     AppendField(sLine, tReport.sMoreInfo);
