@@ -84,7 +84,7 @@ void ShapesInfo(const std::string& sPath) {
     const std::int32_t lShapeType = oDecoder.GetESRIShapeType("", sPath);
     std::error_code ec;
     Field("File:", sPath + " (" + SizeText(fs::file_size(sPath, ec)) + ")");
-    Field("Kind:", (sType.empty() ? std::string("not drawn by this tool") : sType) +
+    Field("Kind:", (sType.empty() ? std::string("no point, line or region kind") : sType) +
                        " (shape type " + std::to_string(lShapeType) + ")");
     if (dLeft > dRight || dBottom > dTop) {
         Field("Extent:", "none (no shapes)");
