@@ -231,7 +231,7 @@ std::shared_ptr<Point> Point::CreateEmpty() {
 }
 
 bool Point::IsEmpty() const {
-    return std::isnan(m_dX) && std::isnan(m_dY);
+    return IsEmptyPoint(*this);
 }
 
 // Points never change, so a point is its own centre.
@@ -306,10 +306,6 @@ Polygon::Polygon(const std::vector<std::vector<Coordinate>>& aRings) : Polygon()
     m_aInterior.reserve(aRings.size() - 1);
     for (std::size_t i = 1; i < aRings.size(); ++i)
         m_aInterior.push_back(std::make_shared<LineString>(aRings[i]));
-}
-
-bool Polygon::IsEmpty() const {
-    return m_oExterior->NumPoints() == 0 && m_aInterior.empty();
 }
 
 std::int32_t Polygon::NumInteriorRings() const {

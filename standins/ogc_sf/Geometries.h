@@ -30,7 +30,6 @@ public:
     static std::shared_ptr<Point> CreateEmpty();
 
     bool IsEmpty() const;
-    Coordinate Coord() const { return {m_dX, m_dY}; }
 
     double X() const override { return m_dX; }
     double Y() const override { return m_dY; }
@@ -57,7 +56,6 @@ public:
 
     // The vertices, for reading without reference counting.
     std::span<const standins::Point> Points() const { return *m_oPoints; }
-    bool IsEmpty() const { return m_oPoints->empty(); }
 
     std::int32_t NumPoints() const override;
     // 0-based; error 9 outside the line. The point shares the line's storage.
@@ -84,8 +82,6 @@ public:
     // Rings as coordinates, the exterior first; no rings make the empty polygon.
     explicit Polygon(const std::vector<std::vector<Coordinate>>& aRings);
 
-    bool IsEmpty() const;
-
     std::shared_ptr<ILineString> ExteriorRing() const override { return m_oExterior; }
     std::int32_t NumInteriorRings() const override;
     // 0-based; error 9 outside.
@@ -111,8 +107,6 @@ public:
     Collection() = default;
     // Error 91 when a member is nothing.
     explicit Collection(std::vector<std::shared_ptr<Member>> aMembers);
-
-    const std::vector<std::shared_ptr<Member>>& Members() const { return m_aMembers; }
 
     std::int32_t NumGeometries() const override;
     // 0-based; error 9 outside.

@@ -75,12 +75,6 @@ TEST(Projection, SouthernZonesUseTheFalseNorthing) {
     EXPECT_NEAR(tSouth.dY - tNorth.dY, 10000000.0, 1e-6);
 }
 
-TEST(Projection, GeographicIsTheIdentity) {
-    const auto oWgs84 = SpatialReference::Wgs84();
-    EXPECT_EQ(oWgs84->Forward({-97.25, 38.5}), (Coordinate{-97.25, 38.5}));
-    EXPECT_EQ(oWgs84->Inverse({-97.25, 38.5}), (Coordinate{-97.25, 38.5}));
-}
-
 TEST(Projection, NamesAndCodes) {
     EXPECT_EQ(SpatialReference::Wgs84()->Name(), "WGS 84");
     EXPECT_EQ(SpatialReference::WebMercator()->Name(), "WGS 84 / Pseudo-Mercator");
@@ -126,12 +120,6 @@ TEST(Projection, BadArgumentsAndPlacesOutsideTheDomain) {
 TEST(Projection, TheEmptyCoordinateStaysEmpty) {
     const Coordinate tEmpty = SpatialReference::Utm(31, true)->Forward({NAN, NAN});
     EXPECT_TRUE(std::isnan(tEmpty.dX) && std::isnan(tEmpty.dY));
-}
-
-TEST(Projection, ProjectionObjectHandsOutItsReference) {
-    const auto oReference = SpatialReference::WebMercator();
-    const Projection oProjection(oReference);
-    EXPECT_EQ(oProjection.SpatialReference(), oReference);
 }
 
 }  // namespace
