@@ -8,6 +8,7 @@
 #include "gislib/GISFactory.h"
 #include "log/ErrorReports.h"
 #include "tnwlib/tnwlib.h"
+#include "uom/UnitLookup.h"
 
 namespace tnw::standins {
 
@@ -20,7 +21,7 @@ void RegisterStandIns() {
     tnwObjectFactory::Register(kProgIdFileUtility, [] { return oFileUtility; });
     tnwObjectFactory::Register(kProgIdErrorHandler,
                                [] { return std::make_shared<ErrorHandler>(); });
-    // The unit lookup, kProgIdUOMFactory, is registered here by the uom stand-in.
+    RegisterUnitLookup();
     RegisterArcAngle(&TNWL_ArcAngle);
 }
 
