@@ -157,7 +157,6 @@ void tnwShapeEncoder::CreateFiles() {
     m_lShpWords = detail::kShapeHeaderWords;
     CreateShapeFile(m_iShxFile, m_tShxHeader, ".shx");
     m_lShxWords = detail::kShapeHeaderWords;
-    ResetBox(m_tShpHeader.tBox);
 }
 
 void tnwShapeEncoder::CreateShapeFile(platform::OutputFile& oFile, detail::ShapeHeader& tHeader,
@@ -168,6 +167,9 @@ void tnwShapeEncoder::CreateShapeFile(platform::OutputFile& oFile, detail::Shape
     tHeader.lFileCode = detail::kShapeFileCode;
     tHeader.lShapeType = m_lShapeType;
     tHeader.lVersion = detail::kShapeVersion;
+    // Until close the file says what it holds so far: an empty set.
+    tHeader.lFileLength = detail::kShapeHeaderWords;
+    ResetBox(tHeader.tBox);
     char aHeader[detail::kShapeHeaderBytes];
     tHeader.Encode(aHeader);
     oFile.Write(aHeader, sizeof aHeader);

@@ -1,0 +1,238 @@
+// The dBase table of a set, byte for byte: expected bytes are built from the dBase III layout
+// (32-byte header, 32-byte descriptors, 0x0D, records led by 0x20, 0x1A).
+#include <gtest/gtest.h>
+
+#include "ShapeTestSupport.h"
+#include "core/SerialDate.h"
+#include "shapefile/tnwShapeEncoder.h"
+
+namespace tnw::test {
+namespace {
+
+std::string LE32(std::int32_t l) {
+    std::string s(4, '\0');
+    for (int i = 0; i < 4; ++i)
+        s[i] = static_cast<char>(static_cast<std::uint32_t>(l) >> (8 * i));
+    return s;
+}
+
+std::string DbfHeader(std::int32_t lRecords, std::int32_t lHeaderLength,
+                      std::int32_t lRecordLength) {
+    std::string s = "\x03\x5F\x03\x1F" + LE32(lRecords);
+    s += LE32(lHeaderLength).substr(0, 2) + LE32(lRecordLength).substr(0, 2);
+    return s + std::string(20, '\0');
+}
+
+std::string Descriptor(const std::string& sName, char cType, int iSize, int iPrecision) {
+    std::string s(32, '\0');
+    s.replace(0, sName.size(), sName);
+    s[11] = cType;
+    s[16] = static_cast<char>(iSize);
+    s[17] = static_cast<char>(iPrecision);
+    return s;
+}
+
+// A table-only set (GeometryType 0) in a temporary folder.
+struct DbfFixture : ::testing::Test {
+    ScopedCapture capture;
+    TempDir dir;
+    std::shared_ptr<tnwColumns> oColumns = NewColumns();
+    tnwShapeEncoder encoder;
+    std::string Base() const { return dir.Path("t"); }
+    std::string Dbf() const { return ReadFile(dir.Path("t.dbf")); }
+};
+
+TEST_F(DbfFixture, WholeTableByteForByte) {
+    auto oName = AddColumn(*oColumns, "Name", vtString, 6);
+    auto oRate = AddColumn(*oColumns, "Rate", vtDouble, 6, 3);
+    auto oFlag = AddColumn(*oColumns, "Flag", vtBoolean, 1);
+    auto oDay = AddColumn(*oColumns, "Day", vtDate, 8);
+    ASSERT_TRUE(encoder.InitializeFile(Base(), oColumns));
+    oName->SetValue("abc");
+    oRate->SetValue(3.5);
+    oFlag->SetValue(true);
+    oDay->SetValue(DateSerial(2004, 3, 9));
+    EXPECT_TRUE(encoder.Update());
+    oName->SetValue("abcdefgh");
+    oRate->SetValue(123456.75);
+    oFlag->SetValue(false);
+    oDay->SetValue(DateSerial(1999, 12, 31));
+    EXPECT_TRUE(encoder.Update());
+    encoder.CloseFiles();
+
+    const std::string sExpected = DbfHeader(2, 33 + 4 * 32, 1 + 6 + 6 + 1 + 8) +
+                                  Descriptor("Name", 'C', 6, 0) + Descriptor("Rate", 'N', 6, 3) +
+                                  Descriptor("Flag", 'L', 1, 0) + Descriptor("Day", 'D', 8, 0) +
+                                  "\x0D" + " abc      3.5Y20040309" + " abcdef456.75N19991231" +
+                                  "\x1A";
+    EXPECT_EQ(Dbf(), sExpected);
+    EXPECT_TRUE(capture.vReports.empty());
+}
+
+TEST_F(DbfFixture, ValuesAreFittedToTheirWidth) {
+    struct Case {
+        std::int32_t lType;
+        std::int16_t iSize;
+        Variant vValue;
+        std::string sField;
+    };
+    const std::vector<Case> vCases = {
+        {vtString, 5, "abcdefgh", "abcde"},               // cut on the right
+        {vtString, 5, "ab", "ab   "},                     // filled on the right
+        {vtString, 3, "\xC3\xA9t\xC3\xA9", "\xE9t\xE9"},  // widths count narrow bytes
+        {vtString, 2, "\xCE\xA9", "? "},                  // not in the code page
+        {vtString, 4, std::int32_t{42}, "42  "},          // the column's text of a number
+        {vtDouble, 6, 3.5, "   3.5"},                     // no trailing zeros for Precision
+        {vtDouble, 3, 0.5, " .5"},                        // no zero before the mark
+        {vtDouble, 4, -0.25, "-.25"},
+        {vtDouble, 4, 123456789.0, "6789"},  // cut on the left
+        {vtDouble, 6, 1e20, " 1E+20"},
+        {vtInt32, 3, std::int32_t{7}, "  7"},
+        {vtInt16, 3, Variant(), "  0"},  // empty is 0
+        {vtInt32, 5, true, " True"},     // a number field takes any value's number text
+        {vtInt32, 4, "12", "  12"},
+        {vtBoolean, 6, true, "Y     "},
+        {vtBoolean, 1, false, "N"},
+        {vtBoolean, 1, std::int32_t{-1}, "Y"},
+        {vtBoolean, 1, std::int32_t{1}, "N"},  // only True is "Y"
+        {vtBoolean, 1, "True", "N"},
+        {vtDate, 8, DateSerial(2004, 3, 9), "20040309"},
+        {vtDate, 10, DateSerial(2004, 3, 9), "  20040309"},
+        {vtDate, 6, DateSerial(2004, 3, 9), "040309"},
+        {vtDouble, 0, 1.0, ""},  // a descriptor and no bytes
+    };
+    for (const Case& tCase : vCases) {
+        SCOPED_TRACE(std::to_string(tCase.lType) + " / " + tCase.sField);
+        auto oColumns1 = NewColumns();
+        AddColumn(*oColumns1, "F", tCase.lType, tCase.iSize)->SetValue(tCase.vValue);
+        ASSERT_TRUE(encoder.InitializeFile(Base(), oColumns1));
+        EXPECT_TRUE(encoder.Update());
+        encoder.CloseFiles();
+        const std::string sDbf = Dbf();
+        ASSERT_EQ(sDbf.size(), 67u + tCase.iSize);
+        EXPECT_EQ(LittleShort(sDbf, 10), 1 + tCase.iSize);
+        EXPECT_EQ(sDbf.substr(65, 1 + tCase.iSize), " " + tCase.sField);
+    }
+    EXPECT_TRUE(capture.vReports.empty());
+}
+
+TEST_F(DbfFixture, NamesTakeElevenBytesAndStayAsGiven) {
+    AddColumn(*oColumns, "ABCDEFGHIJK", vtDouble, 4);
+    AddColumn(*oColumns, "ABCDEFGHIJKL", vtDouble, 4);
+    AddColumn(*oColumns, "ABCDEFGHIJKM", vtDouble, 4);
+    ASSERT_TRUE(encoder.InitializeFile(Base(), oColumns));
+    encoder.CloseFiles();
+    const std::string sDbf = Dbf();
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(sDbf.substr(32 + 32 * i, 12), "ABCDEFGHIJKN");
+}
+
+TEST_F(DbfFixture, TypeLetters) {
+    const std::vector<std::pair<std::int32_t, char>> vTypes = {
+        {vtInt16, 'N'}, {vtInt32, 'N'},  {vtFloat, 'N'},   {vtDouble, 'N'},
+        {vtDate, 'D'},  {vtString, 'C'}, {vtBoolean, 'L'}, {vtEmpty, 'N'}};
+    for (const auto& [lType, cLetter] : vTypes)
+        AddColumn(*oColumns, "T" + std::to_string(lType), lType, 2);
+    ASSERT_TRUE(encoder.InitializeFile(Base(), oColumns));
+    encoder.CloseFiles();
+    const std::string sDbf = Dbf();
+    for (std::size_t i = 0; i < vTypes.size(); ++i)
+        EXPECT_EQ(sDbf[32 + 32 * i + 11], vTypes[i].second);
+}
+
+TEST_F(DbfFixture, InvisibleAndGeometryColumns) {
+    AddColumn(*oColumns, "A", vtDouble, 2)->SetValue(1.0);
+    AddColumn(*oColumns, "B", vtDouble, 3, 0, false)->SetValue(2.0);
+    AddColumn(*oColumns, "G", vtString, 9, 0, true, "GeoMetry")->SetValue("shape");
+    AddColumn(*oColumns, "geometry", vtDouble, 4, 0, true, "Elev")->SetValue(4.0);
+    for (bool bInvisible : {false, true}) {
+        SCOPED_TRACE(bInvisible);
+        encoder.SetIncludeInvisible(bInvisible);
+        ASSERT_TRUE(encoder.InitializeFile(Base(), oColumns));
+        EXPECT_TRUE(encoder.Update());
+        encoder.CloseFiles();
+        std::string sExpected;
+        if (bInvisible) {
+            sExpected = DbfHeader(1, 33 + 96, 1 + 2 + 3 + 4) + Descriptor("A", 'N', 2, 0) +
+                        Descriptor("B", 'N', 3, 0) + Descriptor("geometry", 'N', 4, 0) + "\x0D" +
+                        "  1  2   4" + "\x1A";
+        } else {
+            sExpected = DbfHeader(1, 33 + 64, 1 + 2 + 4) + Descriptor("A", 'N', 2, 0) +
+                        Descriptor("geometry", 'N', 4, 0) + "\x0D" + "  1   4" + "\x1A";
+        }
+        EXPECT_EQ(Dbf(), sExpected);
+    }
+}
+
+TEST_F(DbfFixture, EmptyTableHasNoHeaderEnd) {
+    AddColumn(*oColumns, "A", vtDouble, 2);
+    ASSERT_TRUE(encoder.InitializeFile(Base(), oColumns));
+    encoder.CloseFiles();
+    EXPECT_EQ(Dbf(), DbfHeader(0, 65, 3) + Descriptor("A", 'N', 2, 0) + "\x1A");
+    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
+}
+
+// A value that cannot be written leaves no trace: the next record is record 1.
+TEST_F(DbfFixture, FailedValueWritesNothing) {
+    auto oValue = AddColumn(*oColumns, "A", vtDouble, 3);
+    ASSERT_TRUE(encoder.InitializeFile(Base(), oColumns));
+    oValue->SetValue("abc");
+    EXPECT_FALSE(encoder.Update());
+    ASSERT_EQ(capture.vReports.size(), 1u);
+    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.Update2");
+    EXPECT_EQ(capture.vReports[0].lNumber, errTypeMismatch);
+    oValue->SetValue(5.0);
+    EXPECT_TRUE(encoder.Update());
+    encoder.CloseFiles();
+    EXPECT_EQ(Dbf(), DbfHeader(1, 65, 4) + Descriptor("A", 'N', 3, 0) + "\x0D" + "   5" + "\x1A");
+}
+
+// Sizes and lengths past what the header can hold fail through the "DBF Error" box; the table
+// is finished with the fields before the failing one, never left corrupt.
+TEST_F(DbfFixture, LimitsFailWithTheDbfErrorBox) {
+    using Fields = std::vector<std::pair<std::int16_t, std::int16_t>>;  // Size, Precision
+    struct Case {
+        const char* sWhat;
+        Fields vFields;
+        int nWritten;  // fields in the finished table; -1: no failure
+    };
+    const std::vector<Case> vCases = {
+        {"size 256", {{1, 0}, {256, 0}}, 1},
+        {"size -1", {{-1, 0}}, 0},
+        {"precision 256", {{5, 256}}, 0},
+        {"255 and 255 fit", {{255, 255}}, -1},
+        {"1022 fields", Fields(1022, {1, 0}), -1},
+        {"1023 fields", Fields(1023, {1, 0}), 1022},
+        {"record past 32767", Fields(129, {255, 0}), 128},
+    };
+    std::vector<std::string> vFailed;
+    for (const Case& tCase : vCases) {
+        SCOPED_TRACE(tCase.sWhat);
+        capture.vBoxes.clear();
+        const std::string sBase = dir.Path("limit" + std::to_string(vFailed.size()));
+        auto oMany = NewColumns();
+        for (std::size_t i = 0; i < tCase.vFields.size(); ++i)
+            AddColumn(*oMany, "F" + std::to_string(i), vtDouble, tCase.vFields[i].first,
+                      tCase.vFields[i].second);
+        const bool bResult = encoder.InitializeFile(sBase, oMany);
+        encoder.CloseFiles();
+        if (tCase.nWritten < 0) {
+            EXPECT_TRUE(bResult);
+            EXPECT_TRUE(capture.vBoxes.empty());
+            continue;
+        }
+        EXPECT_FALSE(bResult);
+        ASSERT_EQ(capture.vBoxes.size(), 1u);
+        EXPECT_EQ(capture.vBoxes[0].sTitle, "DBF Error");
+        EXPECT_EQ(capture.vBoxes[0].sText, "Error: Overflow\n" + sBase);
+        const std::string sDbf = ReadFile(sBase + ".dbf");
+        EXPECT_EQ(LittleShort(sDbf, 8), 33 + 32 * tCase.nWritten);
+        EXPECT_EQ(sDbf.size(), 32u + 32u * tCase.nWritten + 1u);
+        vFailed.push_back(sBase);
+    }
+    const CommandResult tCheck = CheckShapeSets(vFailed);
+    EXPECT_EQ(tCheck.iStatus, 0) << tCheck.sOutput;
+}
+
+}  // namespace
+}  // namespace tnw::test

@@ -1,0 +1,168 @@
+// Writing a whole record source, with progress reported to a callback.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <optional>
+
+#include "ShapeTestSupport.h"
+#include "gislib/MemoryRecordSource.h"
+#include "gislib/Projection.h"
+#include "shapefile/tnwShapeEncoder.h"
+
+namespace tnw::test {
+namespace {
+
+class RecordingCallback final : public tnwGISCallback {
+public:
+    std::vector<std::string> vCalls;
+    void SetBarCount(std::int32_t l) override { Note("SetBarCount", l); }
+    void SetBarText(std::int32_t l, const std::string& s) override { Note("SetBarText", l, s); }
+    void SetBarRange(std::int32_t l, double d0, double d1) override {
+        Note("SetBarRange", l, Num(d0) + "," + Num(d1));
+    }
+    void SetBarValue(std::int32_t l, double d) override { Note("SetBarValue", l, Num(d)); }
+    void ClearBarText(std::int32_t l) override { Note("ClearBarText", l); }
+    void ResetBar(std::int32_t l) override { Note("ResetBar", l); }
+
+private:
+    static std::string Num(double d) { return std::to_string(d); }
+    void Note(const char* sCall, std::int32_t l, const std::string& s = "-") {
+        vCalls.push_back(std::string(sCall) + "(" + std::to_string(l) + "," + s + ")");
+    }
+};
+
+// The stand-in source, counting how often RecordCount is read and able to misstate it.
+class CountingSource final : public tnwRecordSource {
+public:
+    CountingSource(std::shared_ptr<tnwColumns> oColumns, std::int32_t eGeometryType)
+        : m_oRows(oColumns, eGeometryType) {}
+    standins::MemoryRecordSource m_oRows;
+    mutable int nCountReads = 0;
+    std::optional<std::int32_t> lStatedCount;
+
+    void MoveFirst() override { m_oRows.MoveFirst(); }
+    void MoveNext() override { m_oRows.MoveNext(); }
+    bool Eof() const override { return m_oRows.Eof(); }
+    std::int32_t RecordCount() const override {
+        ++nCountReads;
+        return lStatedCount.value_or(m_oRows.RecordCount());
+    }
+    std::int32_t GeometryType() const override { return m_oRows.GeometryType(); }
+    std::shared_ptr<IGeometry> Geometry() const override { return m_oRows.Geometry(); }
+    std::shared_ptr<tnwColumns> Columns() const override { return m_oRows.Columns(); }
+};
+
+struct ImportFixture : ::testing::Test {
+    ScopedCapture capture;
+    TempDir dir;
+    tnwShapeEncoder encoder;
+    std::shared_ptr<RecordingCallback> oCallback = std::make_shared<RecordingCallback>();
+
+    std::shared_ptr<CountingSource> PointSource(int nRecords) {
+        auto oColumns = NewColumns();
+        AddColumn(*oColumns, "N", vtInt32, 6);
+        auto oSource = std::make_shared<CountingSource>(oColumns, tnwGeometryPoint);
+        for (int i = 0; i < nRecords; ++i)
+            oSource->m_oRows.AddRow({Variant(std::int32_t{i})}, MakePoint(i, -i));
+        return oSource;
+    }
+    std::string Base() const { return dir.Path("i"); }
+    std::int32_t Records() const { return LittleLong(ReadFile(Base() + ".dbf"), 4); }
+};
+
+const std::vector<std::string> kOpening = {"SetBarCount(1,-)", "SetBarText(0,)",
+                                           "SetBarRange(0,0.000000,100.000000)"};
+
+TEST_F(ImportFixture, ProgressEveryThousandRecords) {
+    struct Case {
+        int nRecords;
+        std::vector<std::string> vValues;
+    };
+    for (const Case& tCase :
+         {Case{0, {}}, Case{999, {}},
+          Case{2500, {"SetBarValue(0,40.000000)", "SetBarValue(0,80.000000)"}}}) {
+        SCOPED_TRACE(tCase.nRecords);
+        oCallback->vCalls.clear();
+        encoder.SetCallback(oCallback);
+        auto oSource = PointSource(tCase.nRecords);
+        ASSERT_TRUE(encoder.ImportRS(Base() + ".shp", oSource));
+        encoder.CloseFiles();
+        std::vector<std::string> vExpected = kOpening;
+        vExpected.insert(vExpected.end(), tCase.vValues.begin(), tCase.vValues.end());
+        EXPECT_EQ(oCallback->vCalls, vExpected);
+        EXPECT_EQ(oSource->nCountReads, 1);
+        EXPECT_EQ(Records(), tCase.nRecords);
+        EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
+    }
+    EXPECT_TRUE(capture.vReports.empty());
+}
+
+TEST_F(ImportFixture, NoCallbackNeverReadsTheCount) {
+    auto oSource = PointSource(3);
+    ASSERT_TRUE(encoder.ImportRS(Base(), oSource));
+    encoder.CloseFiles();
+    EXPECT_EQ(oSource->nCountReads, 0);
+    EXPECT_EQ(Records(), 3);
+}
+
+TEST_F(ImportFixture, NothingToImport) {
+    EXPECT_FALSE(encoder.ImportRS(Base(), nullptr));
+    EXPECT_TRUE(std::filesystem::is_empty(dir.Root()));
+}
+
+// A stated count of 0 with records present fails at record 1000, before it is written; the
+// records so far stay in the open files.
+TEST_F(ImportFixture, ZeroRecordCountFailsAtTheThousandth) {
+    encoder.SetCallback(oCallback);
+    auto oSource = PointSource(1200);
+    oSource->lStatedCount = 0;
+    EXPECT_FALSE(encoder.ImportRS(Base(), oSource));
+    ASSERT_EQ(capture.vReports.size(), 1u);
+    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.ImportRS");
+    EXPECT_EQ(capture.vReports[0].lNumber, 11);
+    encoder.CloseFiles();
+    EXPECT_EQ(Records(), 999);
+}
+
+TEST_F(ImportFixture, DropsTheProjectionAndSkipsMissingGeometry) {
+    encoder.SetProjection(
+        std::make_shared<standins::Projection>(standins::SpatialReference::WebMercator()));
+    auto oSource = PointSource(2);
+    oSource->m_oRows.AddRow({Variant(std::int32_t{2})}, nullptr);
+    oSource->m_oRows.AddRow({Variant(std::int32_t{3})}, MakePoint(3, 3));
+    ASSERT_TRUE(encoder.ImportRS(Base(), oSource));
+    EXPECT_EQ(encoder.Projection(), nullptr);
+    encoder.CloseFiles();
+    EXPECT_EQ(Records(), 3);
+    EXPECT_EQ(BigLong(ReadFile(Base() + ".shp"), 100 + 2 * 28), 3);
+
+    // A table-only set takes the record without a geometry as well.
+    auto oTableOnly = std::make_shared<CountingSource>(oSource->Columns(), 0);
+    oTableOnly->m_oRows.AddRow({Variant(std::int32_t{1})}, nullptr);
+    ASSERT_TRUE(encoder.ImportRS(Base(), oTableOnly));
+    encoder.CloseFiles();
+    EXPECT_EQ(Records(), 1);
+}
+
+TEST_F(ImportFixture, CentroidsMakeAPointSet) {
+    auto oColumns = NewColumns();
+    AddColumn(*oColumns, "N", vtInt32, 6);
+    auto oSource = std::make_shared<CountingSource>(oColumns, tnwGeometryRegion);
+    oSource->m_oRows.AddRow({Variant(std::int32_t{1})},
+                            MakePolygon({{{0, 0}, {0, 4}, {2, 4}, {2, 0}, {0, 0}}}));
+    oSource->m_oRows.AddRow({Variant(std::int32_t{2})},
+                            MakePolygon({{{10, 10}, {10, 12}, {12, 12}, {12, 10}, {10, 10}}}));
+    encoder.SetExportCentroids(true);
+    ASSERT_TRUE(encoder.ImportRS(Base(), oSource));
+    encoder.CloseFiles();
+    const std::string sShp = ReadFile(Base() + ".shp");
+    EXPECT_EQ(LittleLong(sShp, 32), 1);
+    EXPECT_EQ(LittleDouble(sShp, 100 + 12), 1.0);
+    EXPECT_EQ(LittleDouble(sShp, 100 + 20), 2.0);
+    EXPECT_EQ(LittleDouble(sShp, 128 + 12), 11.0);
+    EXPECT_EQ(LittleDouble(sShp, 128 + 20), 11.0);
+    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
+}
+
+}  // namespace
+}  // namespace tnw::test
