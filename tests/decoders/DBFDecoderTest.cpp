@@ -2,12 +2,14 @@
 // hostile headers.
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cerrno>
 #include <climits>
 #include <random>
 
 #include "DbfBytes.h"
 #include "core/Error.h"
+#include "core/NumberText.h"
 #include "decoders/tnwDBFDecoder.h"
 #include "support/TestSupport.h"
 
@@ -132,6 +134,55 @@ TEST_F(DBFDecoderTest, ValuesFollowTheRulesOfEachType) {
     EXPECT_TRUE(Value(oReader, "Dummy_6").IsEmpty());
 
     EXPECT_FALSE(oReader.MoveNext());
+}
+
+// Numeric fields, and the longitude and latitude fields, read exactly what the text-to-number
+// rule reads, down to the sign of zero, also where the reader takes a short way for plain
+// decimals.
+TEST_F(DBFDecoderTest, NumbersReadAsTheTextToNumberRuleReadsThem) {
+    const std::vector<std::string> vTexts = {"0",
+                                             "-0",
+                                             ".5",
+                                             "5.",
+                                             "-.25",
+                                             "0.1",
+                                             "2.675",
+                                             "123456789012345",
+                                             "1234567890123456",
+                                             "9007199254740993",
+                                             "-999999999999999",
+                                             "1.00000000000001",
+                                             "0.000000000000001",
+                                             "12345678.1234567",
+                                             "1E+20",
+                                             "-1.5E-3",
+                                             "+7",
+                                             "1,5",
+                                             "- 3",
+                                             "&H1F",
+                                             "-",
+                                             ".",
+                                             "1.2.3",
+                                             "**********"};
+    DbfTable oTable({{"N", 'N', 17, 4}, {"T", 'C', 17}});
+    for (const std::string& sText : vTexts)
+        oTable.Row({sText, sText});
+    tnwDBFDecoder oReader;
+    oReader.SetFilename(Write(oTable));
+    oReader.SetLonCol(1);
+    oReader.SetLatCol(2);
+    auto bits = [](double d) { return std::bit_cast<std::uint64_t>(d); };
+    ASSERT_EQ(oReader.MoveFirst(), Variant(true));
+    for (const std::string& sText : vTexts) {
+        SCOPED_TRACE(sText);
+        const double dExpected = TextToNumber(sText);
+        const double* pValue = Value(oReader, "N").As<double>();
+        ASSERT_NE(pValue, nullptr);
+        EXPECT_EQ(bits(*pValue), bits(dExpected));
+        EXPECT_EQ(bits(oReader.Longitude()), bits(dExpected));
+        EXPECT_EQ(bits(oReader.Latitude()), bits(dExpected));
+        oReader.MoveNext();
+    }
 }
 
 TEST_F(DBFDecoderTest, LogicalTextsThatMeanTrue) {
