@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <string>
 
 #include "core/Error.h"
 #include "core/Services.h"
@@ -10,6 +11,11 @@
 namespace tnw::detail {
 
 namespace {
+
+const std::string kSourceIsClockwise = "tnwShapeEncoder.IsClockwise";
+const std::string kSourcePolygonToPoints = "tnwShapeEncoder.PolygonToPoints";
+const std::string kSourceFastPolygonToPoints = "tnwShapeEncoder.FastPolygonToPoints";
+const std::string kSourceLineToPoints = "tnwShapeEncoder.LineToPoints";
 
 // Calling an operation on nothing is error 91, as for any unset object reference.
 template <class T>
@@ -96,7 +102,7 @@ PartAccumulators::PartAccumulators()
 
 bool IsClockwise(const std::shared_ptr<ILineString>& oRing) {
     bool bClockwise = false;
-    Guard("tnwShapeEncoder.IsClockwise", [&] {
+    Guard(kSourceIsClockwise, [&] {
         const ILineString& tRing = Need(oRing);
 
         // Copies of the first vertex at the end close the ring; they are no vertices of their own.
@@ -157,7 +163,7 @@ void PolygonToPoints(const FlattenSettings& tSettings, PartAccumulators& tAcc,
         FastPolygonToPoints(tAcc, oPolygon);
         return;
     }
-    Guard("tnwShapeEncoder.PolygonToPoints", [&] {
+    Guard(kSourcePolygonToPoints, [&] {
         if (tSettings.oProjection) {
             const auto oProjected =
                 Need(oPolygon).Project(tSettings.oProjection->SpatialReference());
@@ -174,7 +180,7 @@ void PolygonToPoints(const FlattenSettings& tSettings, PartAccumulators& tAcc,
 }
 
 void FastPolygonToPoints(PartAccumulators& tAcc, const std::shared_ptr<IPolygon>& oPolygon) {
-    Guard("tnwShapeEncoder.FastPolygonToPoints", [&] {
+    Guard(kSourceFastPolygonToPoints, [&] {
         AppendPolygon(tAcc, Need(oPolygon), [&](const ILineString& tRing, std::int32_t i) {
             AddPoint(tAcc, Need(tRing.Point(i)).Centroid());
         });
@@ -183,7 +189,7 @@ void FastPolygonToPoints(PartAccumulators& tAcc, const std::shared_ptr<IPolygon>
 
 void LineToPoints(const FlattenSettings& tSettings, PartAccumulators& tAcc,
                   const std::shared_ptr<ILineString>& oLine) {
-    Guard("tnwShapeEncoder.LineToPoints", [&] {
+    Guard(kSourceLineToPoints, [&] {
         StartPart(tAcc);
         const ILineString& tLine = Need(oLine);
         const std::int32_t lCount = tLine.NumPoints();
