@@ -9,7 +9,6 @@
 
 #include "RegisterStandIns.h"
 #include "core/Services.h"
-#include "uom/UnitLookup.h"
 
 namespace tnw::cli {
 
@@ -92,7 +91,6 @@ private:
 Console::Console(bool bQuiet, bool bDebug)
     : m_bQuiet(bQuiet), m_bDebug(bDebug), m_bTerminal(isatty(STDERR_FILENO) == 1) {
     standins::RegisterStandIns();
-    standins::RegisterUnitLookup();
     m_fnOldHandler = tnwObjectFactory::Register(
         kProgIdErrorHandler, [this] { return std::make_shared<Handler>(*this); });
     m_fnOldBox =

@@ -9,7 +9,6 @@
 #include "ogc_sf/WKT.h"
 #include "shapefile/tnwShapeEncoder.h"
 #include "support/TestSupport.h"
-#include "uom/UnitLookup.h"
 
 namespace tnw {
 namespace {
@@ -51,8 +50,6 @@ double LittleEndianDouble(const std::vector<std::uint8_t>& v, std::size_t n) {
 
 class RecordSourceTest : public ::testing::Test {
 protected:
-    RecordSourceTest() { standins::RegisterUnitLookup(); }
-
     std::shared_ptr<tnwASCIIDecoder> Text(const std::string& sName, const std::string& sContent) {
         WriteFile(m_oDir.Path(sName), sContent);
         auto oDecoder = std::make_shared<tnwASCIIDecoder>();
