@@ -225,7 +225,8 @@ std::optional<Measurement> Measure(const Options& tOptions, const WorkloadInfo& 
     std::string sOutput = tInfo.sSetName ? SetBase(tOptions, tInfo, sName) : "-";
     std::string sText;
     struct rusage tUsage {};
-    int iStatus = RunProcess({ExecutablePath(), "--child", tInfo.sId, sName, "-n",
+    // Through /proc/self/exe, so that a rebuild during a run cannot mix two builds.
+    int iStatus = RunProcess({"/proc/self/exe", "--child", tInfo.sId, sName, "-n",
                               std::to_string(tOptions.n), "-r", std::to_string(tOptions.nRuns),
                               "--output", sOutput, "--input", sInput.empty() ? "-" : sInput},
                              sText, &tUsage);
