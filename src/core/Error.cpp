@@ -7,6 +7,8 @@ namespace tnw {
 
 std::string StandardDescription(std::int32_t lNumber) {
     switch (lNumber) {
+        case errInvalidCall:
+            return "Invalid procedure call or argument";
         case errOverflow:
             return "Overflow";
         case errOutOfMemory:
@@ -50,9 +52,9 @@ Error CurrentError(std::exception_ptr pException) {
     } catch (const std::out_of_range& e) {
         return Error(errSubscript, "tnwEncoders", StandardDescription(errSubscript));
     } catch (const std::exception& e) {
-        return Error(5, "tnwEncoders", e.what());
+        return Error(errInvalidCall, "tnwEncoders", e.what());
     } catch (...) {
-        return Error(5, "tnwEncoders", "Unknown error");
+        return Error(errInvalidCall, "tnwEncoders", "Unknown error");
     }
 }
 

@@ -9,6 +9,7 @@ namespace tnw {
 
 // Classic run-time error numbers used for platform failures.
 enum ErrorNumber : std::int32_t {
+    errInvalidCall = 5,
     errOverflow = 6,
     errOutOfMemory = 7,
     errSubscript = 9,

@@ -193,6 +193,22 @@ double TextToNumber(std::string_view sText) {
         return dValue;
     }
 
+    // Plain decimal text, as most fields hold, is read where it stands.
+    {
+        const char* q = p;
+        if (q < pEnd && *q == '-') ++q;
+        const char* pDigits = q;
+        while (q < pEnd && ((*q >= '0' && *q <= '9') || *q == '.'))
+            ++q;
+        const bool bPlainEnd =
+            q == pEnd || !(IsSkipped(*q) || *q == 'E' || *q == 'e' || *q == 'D' || *q == 'd');
+        if (q > pDigits && bPlainEnd && q - pDigits < 20) {
+            double dValue = 0.0;
+            auto res = std::from_chars(p, q, dValue, std::chars_format::fixed);
+            if (res.ec == std::errc() && res.ptr == q) return dValue;
+        }
+    }
+
     // Gather the number's characters without the skipped ones, in a form from_chars reads.
     char aBuffer[128];
     std::string sLong;  // only for numbers longer than the buffer

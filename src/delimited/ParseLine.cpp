@@ -37,7 +37,7 @@ void AssignField(std::string& sField, std::string_view sText) {
 }  // namespace
 
 void tnwASCIIDecoder::RaiseInvalidCall() {
-    throw Error(5, "tnwEncoders", "Invalid procedure call or argument");
+    Raise(errInvalidCall);
 }
 
 void tnwASCIIDecoder::ParseLine(std::string_view sLine, std::string_view sDelimiterIn,

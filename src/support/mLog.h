@@ -31,7 +31,7 @@ namespace tnw {
 // Runs an operation with a handler: on any failure the error goes to ErrorLog under sSource
 // and Guard gives false; else true. The error path's own failures pass to the caller.
 template <class Body>
-bool Guard(const std::string& sSource, Body&& body) {
+bool Guard(std::string_view sSource, Body&& body) {
     std::exception_ptr pFailure;
     try {
         std::forward<Body>(body)();
@@ -39,7 +39,7 @@ bool Guard(const std::string& sSource, Body&& body) {
     } catch (...) {
         pFailure = std::current_exception();
     }
-    mLog::ErrorLog(sSource, CurrentError(pFailure));
+    mLog::ErrorLog(std::string(sSource), CurrentError(pFailure));
     return false;
 }
 
