@@ -93,6 +93,25 @@ TEST_F(DBFDecoderTest, FieldListGivesColumnsKeysAndSchema) {
     EXPECT_EQ(oReader.CurrentRow(), "0");
 }
 
+// A duplicate whose "Dummy_" key is taken already gets no column, yet its bytes are skipped;
+// Active is looked at for each record, so a host may switch a column on or off.
+TEST_F(DBFDecoderTest, DuplicatesAndActiveColumns) {
+    DbfTable oTable({{"A", 'C', 2}, {"Dummy_3", 'C', 2}, {"a", 'C', 2}, {"B", 'C', 2}});
+    oTable.Row({"a1", "d1", "x1", "b1"}).Row({"a2", "d2", "x2", "b2"});
+    tnwDBFDecoder oReader;
+    oReader.SetFilename(Write(oTable));
+    EXPECT_EQ(oReader.Schema(), "A~C~2~0~|Dummy_3~C~2~0~|Dummy_3~C~2~0~|B~C~2~0~");
+    EXPECT_EQ(oReader.Columns()->Count(), 3);
+    ASSERT_EQ(oReader.MoveFirst(), Variant(true));
+    EXPECT_EQ(Value(oReader, "Dummy_3"), Variant("d1"));
+    EXPECT_EQ(Value(oReader, "B"), Variant("b1"));
+
+    oReader.Columns()->Item("A")->SetActive(false);
+    ASSERT_TRUE(oReader.MoveNext());
+    EXPECT_EQ(Value(oReader, "A"), Variant("a1"));
+    EXPECT_EQ(Value(oReader, "B"), Variant("b2"));
+}
+
 TEST_F(DBFDecoderTest, ValuesFollowTheRulesOfEachType) {
     DbfTable oTable({{"NAME", 'C', 10},
                      {"RATE", 'N', 8, 2},

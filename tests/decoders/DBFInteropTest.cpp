@@ -68,24 +68,6 @@ TEST_F(DBFInteropTest, TableWrittenByGdal) {
     EXPECT_EQ(Value("rate"), Variant(-12.25));
 }
 
-// GDAL keeps booleans of a GeoJSON source as one-digit numbers.
-TEST_F(DBFInteropTest, GdalBooleansAreNumbers) {
-    TNW_REQUIRE_TOOL("ogr2ogr");
-    const std::string sJson = oDir.Path("b.geojson");
-    test::WriteFile(sJson,
-                    R"({"type":"FeatureCollection","features":[
-{"type":"Feature","properties":{"ok":true},"geometry":{"type":"Point","coordinates":[1,2]}},
-{"type":"Feature","properties":{"ok":false},"geometry":{"type":"Point","coordinates":[3,4]}}]})");
-    ASSERT_TRUE(
-        RunTool("ogr2ogr -f 'ESRI Shapefile' " + Quoted(oDir.Path("b.shp")) + " " + Quoted(sJson)));
-    oReader.SetFilename(oDir.Path("b.dbf"));
-    EXPECT_EQ(oReader.Schema(), "ok~N~1~0~");
-    ASSERT_EQ(oReader.MoveFirst(), Variant(true));
-    EXPECT_EQ(Value("ok"), Variant(1.0));
-    ASSERT_TRUE(oReader.MoveNext());
-    EXPECT_EQ(Value("ok"), Variant(0.0));
-}
-
 // shapelib keeps duplicate names, cuts names to 10 characters and writes a missing number as
 // asterisks.
 TEST_F(DBFInteropTest, TableWrittenByShapelib) {
