@@ -290,13 +290,13 @@ bool tnwDBFDecoder::MoveNext() {
 
     // One read per record; the fields that arrived whole take their values even when the
     // file ends inside the record, as reading field by field would leave them.
-    m_nRecordRead = m_oFile.Read(m_vRecord.data(), m_vRecord.size());
+    const std::size_t nRead = m_oFile.Read(m_vRecord.data(), m_vRecord.size());
     for (const Field& tField : m_vFields) {
-        if (tField.nOffset + tField.nWidth > m_nRecordRead) break;
+        if (tField.nOffset + tField.nWidth > nRead) break;
         if (!tField.oColumn || !tField.oColumn->Active()) continue;
         SetValue(tField, TrimBlanks(std::string_view(&m_vRecord[tField.nOffset], tField.nWidth)));
     }
-    if (m_nRecordRead < m_vRecord.size()) Raise(errInputPastEnd, "tnwDelimAscii.MoveNext");
+    if (nRead < m_vRecord.size()) Raise(errInputPastEnd, "tnwDelimAscii.MoveNext");
     ReadGeometryFields();
     return true;
 }

@@ -96,7 +96,6 @@ private:
 
     std::vector<Field> m_vFields;
     std::vector<char> m_vRecord = std::vector<char>(1);  // the record under way, flag first
-    std::size_t m_nRecordRead = 0;                       // bytes of it that the file gave
 };
 
 }  // namespace tnw
