@@ -30,19 +30,18 @@ std::int32_t FieldByte(std::int16_t iValue) {
 
 // Left-aligned: cut on the right, filled with blanks on the right.
 void AppendLeft(std::string& sRecord, std::string_view sText, std::size_t nSize) {
-    const std::size_t nTaken = std::min(sText.size(), nSize);
-    sRecord.append(sText.data(), nTaken);
-    sRecord.append(nSize - nTaken, ' ');
+    const std::size_t nAt = sRecord.size();
+    sRecord.resize(nAt + nSize, ' ');
+    std::memcpy(sRecord.data() + nAt, sText.data(), std::min(sText.size(), nSize));
 }
 
 // Right-aligned: cut on the left, filled with blanks on the left.
 void AppendRight(std::string& sRecord, std::string_view sText, std::size_t nSize) {
-    if (sText.size() >= nSize) {
-        sRecord.append(sText.data() + (sText.size() - nSize), nSize);
-    } else {
-        sRecord.append(nSize - sText.size(), ' ');
-        sRecord.append(sText);
-    }
+    const std::size_t nAt = sRecord.size();
+    const std::size_t nTaken = std::min(sText.size(), nSize);
+    sRecord.resize(nAt + nSize, ' ');
+    std::memcpy(sRecord.data() + nAt + nSize - nTaken, sText.data() + sText.size() - nTaken,
+                nTaken);
 }
 
 }  // namespace

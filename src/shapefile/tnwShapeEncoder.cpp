@@ -25,7 +25,6 @@ const std::string kSourceWritePolygon = "tnwShapeEncoder.WritePolygon";
 const std::string kSourceWritePolyLine = "tnwShapeEncoder.WritePolyLine";
 
 constexpr std::int32_t kMaxLong = std::numeric_limits<std::int32_t>::max();
-constexpr std::int32_t errInvalidCall = 5;
 constexpr std::int32_t errDivisionByZero = 11;
 
 // The line break inside the "DBF Error" box: this platform's own.
@@ -181,18 +180,19 @@ void tnwShapeEncoder::SetGeometry(std::shared_ptr<IGeometry> oGeometry) {
     Guard(kSourceSetGeometry, [&] {
         m_oGeom.reset();
         if (!oGeometry) return;
-        std::shared_ptr<IGeometry> oPoint;
+        std::shared_ptr<IPoint> oPoint;
         if (oGeometry->GeometryType() == ogcPoint) {
-            oPoint = std::move(oGeometry);
+            oPoint = std::dynamic_pointer_cast<IPoint>(std::move(oGeometry));
+            if (!oPoint) Raise(errTypeMismatch);
         } else if (m_bExportCentroids) {
             oPoint = oGeometry->Centroid();
+            if (!oPoint) Raise(errObjectNotSet);
         } else {
             m_oGeom = std::move(oGeometry);
             return;
         }
-        const IPoint& tPoint = PointOf(oPoint);
-        const double dX = tPoint.X();
-        const double dY = tPoint.Y();
+        const double dX = oPoint->X();
+        const double dY = oPoint->Y();
         m_oGeom = std::move(oPoint);
         m_dX = dX;
         m_dY = dY;
@@ -338,9 +338,10 @@ std::int32_t tnwShapeEncoder::StagePartsRecord(const detail::PartAccumulators& t
         detail::PutLong(aPart, tAcc.vParts[i]);
     char* aPoint = aPart;
     for (std::int32_t i = 0; i < lPoints; ++i, aPoint += 16) {
-        const IPoint& tPoint = PointOf(tAcc.oPoints->Item(i));
-        const double x = tPoint.X();
-        const double y = tPoint.Y();
+        const auto oPoint = tAcc.oPoints->Item(i);
+        if (!oPoint) Raise(errObjectNotSet);
+        const double x = oPoint->X();
+        const double y = oPoint->Y();
         RequireFinite(x, y);
         detail::PutDouble(aPoint, x);
         detail::PutDouble(aPoint + 8, y);
