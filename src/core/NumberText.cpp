@@ -108,6 +108,39 @@ int DigitValue(char c) {
     return 99;
 }
 
+// Plain decimal text of at most 15 digits ("-12.345", "7", ".5"), which nearly every field
+// holds: its digits form an exact whole number and its power of ten is exact, so one division
+// rounds correctly and gives what the general reading gives. False for anything else.
+bool ReadPlainDecimal(const char* p, const char* pEnd, double& dValue) {
+    static constexpr double aPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                              1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    const bool bNegative = p < pEnd && *p == '-';
+    if (bNegative) ++p;
+    const char* const pDigits = p;
+    std::int64_t nValue = 0;
+    for (; p < pEnd && *p >= '0' && *p <= '9' && p - pDigits < 16; ++p)
+        nValue = nValue * 10 + (*p - '0');
+    std::ptrdiff_t nDecimals = 0;
+    const bool bPoint = p < pEnd && *p == '.';
+    if (bPoint) {
+        const char* const pFraction = ++p;
+        for (; p < pEnd && *p >= '0' && *p <= '9' && p - pDigits < 17; ++p)
+            nValue = nValue * 10 + (*p - '0');
+        nDecimals = p - pFraction;
+    }
+    const std::ptrdiff_t nDigits = p - pDigits - (bPoint ? 1 : 0);
+    if (nDigits < 1 || nDigits > 15) return false;
+    // The next character must end the number, not continue it in a way only the general
+    // reading understands.
+    if (p < pEnd && ((*p >= '0' && *p <= '9') || *p == '.' || IsSkipped(*p) || *p == 'E' ||
+                     *p == 'e' || *p == 'D' || *p == 'd'))
+        return false;
+    dValue = static_cast<double>(nValue);
+    if (nDecimals > 0) dValue /= aPowersOfTen[nDecimals];
+    if (bNegative) dValue = -dValue;
+    return true;
+}
+
 }  // namespace
 
 void AppendNumberText(std::string& sOut, double dValue) {
@@ -193,21 +226,8 @@ double TextToNumber(std::string_view sText) {
         return dValue;
     }
 
-    // Plain decimal text, as most fields hold, is read where it stands.
-    {
-        const char* q = p;
-        if (q < pEnd && *q == '-') ++q;
-        const char* pDigits = q;
-        while (q < pEnd && ((*q >= '0' && *q <= '9') || *q == '.'))
-            ++q;
-        const bool bPlainEnd =
-            q == pEnd || !(IsSkipped(*q) || *q == 'E' || *q == 'e' || *q == 'D' || *q == 'd');
-        if (q > pDigits && bPlainEnd && q - pDigits < 20) {
-            double dValue = 0.0;
-            auto res = std::from_chars(p, q, dValue, std::chars_format::fixed);
-            if (res.ec == std::errc() && res.ptr == q) return dValue;
-        }
-    }
+    double dPlain = 0.0;
+    if (ReadPlainDecimal(p, pEnd, dPlain)) return dPlain;
 
     // Gather the number's characters without the skipped ones, in a form from_chars reads.
     char aBuffer[128];

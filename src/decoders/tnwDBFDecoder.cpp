@@ -66,38 +66,6 @@ int DatePart(std::string_view sPiece) {
     return Variant(std::string(sPiece)).ToLong();
 }
 
-// The number in a numeric field. Plain decimal text of at most 15 digits ("-12.345", "7",
-// ".5"), which is nearly every field a dBase writer makes, is read here without the general
-// rule's work: its digits form an exact whole number and its power of ten is exact, so the one
-// division rounds correctly and gives what TextToNumber gives. Any other text goes there.
-double FieldNumber(std::string_view sText) {
-    static constexpr double aPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                              1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-    // A sign, 15 digits and a point at most.
-    if (sText.empty() || sText.size() > 17) return TextToNumber(sText);
-    const char* p = sText.data();
-    const char* const pEnd = p + sText.size();
-    const bool bNegative = *p == '-';
-    if (bNegative) ++p;
-    std::int64_t nValue = 0;
-    const char* const pDigits = p;
-    for (; p < pEnd && *p >= '0' && *p <= '9'; ++p)
-        nValue = nValue * 10 + (*p - '0');
-    std::ptrdiff_t nDecimals = 0;
-    const bool bPoint = p < pEnd && *p == '.';
-    if (bPoint) {
-        const char* const pFraction = ++p;
-        for (; p < pEnd && *p >= '0' && *p <= '9'; ++p)
-            nValue = nValue * 10 + (*p - '0');
-        nDecimals = p - pFraction;
-    }
-    const std::ptrdiff_t nDigits = p - pDigits - (bPoint ? 1 : 0);
-    if (p != pEnd || nDigits < 1 || nDigits > 15) return TextToNumber(sText);
-    double dValue = static_cast<double>(nValue);
-    if (nDecimals > 0) dValue /= aPowersOfTen[nDecimals];
-    return bNegative ? -dValue : dValue;
-}
-
 std::string_view Piece(std::string_view s, std::size_t nStart, std::size_t nLength) {
     return nStart < s.size() ? s.substr(nStart, nLength) : std::string_view{};
 }
@@ -325,7 +293,7 @@ void tnwDBFDecoder::SetValue(const Field& tField, std::string_view sText) {
             }
             break;
         default:
-            oColumn.SetValue(FieldNumber(sText));
+            oColumn.SetValue(TextToNumber(sText));
             break;
     }
 }
@@ -342,8 +310,8 @@ void tnwDBFDecoder::ReadGeometryFields() {
     m_dLongitude = 0.0;
     m_dLatitude = 0.0;
     m_sWKT.clear();
-    if (m_lLonCol > 0) m_dLongitude = FieldNumber(FieldText(m_lLonCol));
-    if (m_lLatCol > 0) m_dLatitude = FieldNumber(FieldText(m_lLatCol));
+    if (m_lLonCol > 0) m_dLongitude = TextToNumber(FieldText(m_lLonCol));
+    if (m_lLatCol > 0) m_dLatitude = TextToNumber(FieldText(m_lLatCol));
     if (m_lWKTCol > 0) platform::AppendFromNarrow(m_sWKT, FieldText(m_lWKTCol));
 }
 
