@@ -19,7 +19,6 @@
 #include <fstream>
 #include <iostream>
 #include <optional>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -272,10 +271,16 @@ void CheckShapeSet(const std::string& sBase, bool bRival, std::vector<std::strin
     vArgs.push_back(sBase);
     std::string sOutput;
     int iStatus = RunProcess(vArgs, sOutput);
+    // Check ids stand in brackets: "[dbf-logical]".
     std::set<std::string> setIds;
-    static const std::regex reId(R"(\[([a-z0-9-]+)\])");
-    for (std::sregex_iterator it(sOutput.begin(), sOutput.end(), reId), end; it != end; ++it) {
-        setIds.insert((*it)[1]);
+    for (std::size_t nOpen = sOutput.find('['); nOpen != std::string::npos;
+         nOpen = sOutput.find('[', nOpen + 1)) {
+        std::size_t nClose = sOutput.find(']', nOpen);
+        if (nClose == std::string::npos) break;
+        std::string sId = sOutput.substr(nOpen + 1, nClose - nOpen - 1);
+        bool bId = !sId.empty() && sId.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789-") ==
+                                       std::string::npos;
+        if (bId) setIds.insert(sId);
     }
     bool bExpected =
         iStatus == 0 || (bRival && iStatus == 1 && setIds == std::set<std::string>{"dbf-logical"});
