@@ -206,9 +206,10 @@ std::size_t InputFile::Read(void* pData, std::size_t nBytes) {
         std::size_t n = std::min(nBytes - nDone, m_nEnd - m_nStart);
         std::memcpy(p + nDone, m_pBuffer.get() + m_nStart, n);
         m_nStart += n;
+        // At once, so that a refill that fails leaves the position where the bytes ended.
+        m_lPosition += static_cast<std::int64_t>(n);
         nDone += n;
     }
-    m_lPosition += static_cast<std::int64_t>(nDone);
     return nDone;
 }
 
