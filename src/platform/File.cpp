@@ -147,8 +147,12 @@ void OutputFile::Close() {
         Abandon();
         throw;
     }
+    // A file whose name went away while it was written is lost once its descriptor closes.
+    struct stat st;
+    const bool bRemoved = ::fstat(iFd, &st) == 0 && st.st_nlink == 0;
     m_iFd = -1;
     if (Sys().close(iFd) != 0) RaiseErrno(errno, m_sPath);
+    if (bRemoved) RaiseErrno(EIO, m_sPath);
 }
 
 void OutputFile::Abandon() noexcept {

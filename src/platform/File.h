@@ -60,7 +60,8 @@ public:
     std::int64_t Tell() const { return m_lPosition; }
     void Seek(std::int64_t lPosition);
     void Flush();
-    // Flushes and closes. The file ends closed even when this raises.
+    // Flushes and closes; error 75 also when the file was removed while open. The file ends
+    // closed even when this raises.
     void Close();
     // Closes without flushing, ignoring errors.
     void Abandon() noexcept;
