@@ -1,0 +1,53 @@
+// Fault injection in the file layer: while alive, every system call of platform::Sys() is
+// counted, and a chosen call can fail. The real calls come back at the end of the scope, also
+// when a test stops half-way.
+#pragma once
+
+#include <sys/types.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/File.h"
+
+namespace tnw::test {
+
+enum class SysCall { Open, Read, Write, Lseek, Close, Unlink };
+inline constexpr std::array kAllSysCalls = {SysCall::Open,  SysCall::Read,  SysCall::Write,
+                                            SysCall::Lseek, SysCall::Close, SysCall::Unlink};
+const char* SysCallName(SysCall eCall);
+
+class ScopedSystemCalls {
+public:
+    ScopedSystemCalls();
+    ~ScopedSystemCalls();
+    ScopedSystemCalls(const ScopedSystemCalls&) = delete;
+    ScopedSystemCalls& operator=(const ScopedSystemCalls&) = delete;
+
+    // Call number nFailAt of eCall (counted from 1, from now) fails with iErrno; with
+    // bPersistent every later one fails too. A close that fails has closed its descriptor all
+    // the same, as the system's does.
+    void FailAt(SysCall eCall, int nFailAt, int iErrno, bool bPersistent = false);
+    // A disk with nFree bytes left: a write takes what still fits, then writes fail with ENOSPC.
+    void LimitDiskSpace(std::int64_t nFree);
+    // Runs fnAction once, just before call number nAt of eCall (counted from 1, from now).
+    void BeforeCall(SysCall eCall, int nAt, std::function<void()> fnAction);
+
+    int Count(SysCall eCall) const;
+    // Whether an injected failure has happened.
+    bool Fired() const;
+
+private:
+    struct State;
+    platform::FileSystemCalls m_tSaved;
+    std::unique_ptr<State> m_pState;
+};
+
+// Descriptors this process has open; a fault path that leaks one shows here.
+int OpenDescriptorCount();
+
+}  // namespace tnw::test
