@@ -263,6 +263,25 @@ TEST_F(SetFixture, ReplacesAnEarlierSetAndStartsAgain) {
     }
 }
 
+// A failure while finishing skips what follows it: with no way to write the .mcd, the .prj is
+// not written and the .shx is left unfinished, to be closed as it stands.
+TEST_F(SetFixture, CloseFailureSkipsTheRest) {
+    std::filesystem::create_directories(Base() + ".mcd");
+    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
+    EXPECT_TRUE(Put(1, MakePoint(1, 2)));
+    encoder.CloseFiles();
+    ASSERT_EQ(capture.vReports.size(), 1u);
+    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.CloseFiles");
+    EXPECT_EQ(DbfRecords(), 1);
+    EXPECT_EQ(BigLong(Read(".shp"), 24), 50 + 14);
+    EXPECT_FALSE(Exists(".prj"));
+    encoder.CloseFiles();
+    const std::string sShx = Read(".shx");
+    EXPECT_EQ(sShx.size(), 108u);
+    EXPECT_EQ(BigLong(sShx, 24), 50);
+    EXPECT_EQ(capture.vReports.size(), 1u);
+}
+
 TEST_F(SetFixture, DbfErrorBox) {
     EXPECT_FALSE(encoder.Initialize(Base(), nullptr, tnwGeometryPoint));
     EXPECT_FALSE(encoder.Initialize(dir.Path("missing/s"), oColumns, tnwGeometryPoint));
