@@ -1,2 +1,4 @@
-#Sources of src / shapefile(target tnw_shapefile), relative to this folder.
-set(tnw_sources DbfWriter.cpp tnwShapeEncoder.cpp)
+# Sources of src/shapefile (target tnw_shapefile), relative to this folder.
+set(tnw_sources
+    DbfWriter.cpp
+    tnwShapeEncoder.cpp)
