@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 #include "core/Error.h"
 #include "core/SerialDate.h"
@@ -44,7 +45,8 @@ void ToDecimal(T value, int nSignificant, Decimal& tDec) {
     char aText[64];
     auto res = std::to_chars(aText, aText + sizeof aText, value, std::chars_format::scientific);
     SplitScientific(aText, res.ptr, tDec);
-    if (tDec.nDigits <= nSignificant) return;
+    // Subnormal numbers are finer than their own precision: their digits must be formatted.
+    if (tDec.nDigits <= nSignificant && std::fabs(value) >= std::numeric_limits<T>::min()) return;
     res = std::to_chars(aText, aText + sizeof aText, value, std::chars_format::scientific,
                         nSignificant - 1);
     SplitScientific(aText, res.ptr, tDec);
@@ -85,12 +87,52 @@ void AppendDecimal(std::string& sOut, const Decimal& tDec, int nSignificant) {
     sOut.append(tDec.aDigits, static_cast<std::size_t>(tDec.nDigits));
 }
 
+// Values with up to nine decimals and 15 significant digits, the usual case, without the
+// general formatting: if m / 10^d gives back the value, that decimal has at most 15 digits and
+// no other decimal of 15 digits stands for the same double (the 15-digit grid is coarser than
+// the double's), so it is exactly what the general path prints. Below 1E-4 the text takes the
+// exponent form, so those values are left to the general path.
+bool AppendFewDecimals(std::string& sOut, double dValue) {
+    static constexpr double aPowersOfTen[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
+    const double dAbs = std::fabs(dValue);
+    if (!(dAbs >= 1e-4 && dAbs < 1e15)) return false;
+    for (int d = 0; d <= 9; ++d) {
+        const double dScaled = dAbs * aPowersOfTen[d];
+        if (dScaled >= 1e15) return false;
+        const double dWhole = std::nearbyint(dScaled);
+        if (dWhole / aPowersOfTen[d] != dAbs) continue;
+        char aDigits[24];
+        auto res =
+            std::to_chars(aDigits, aDigits + sizeof aDigits, static_cast<std::uint64_t>(dWhole));
+        int n = static_cast<int>(res.ptr - aDigits);
+        int nDecimals = d;
+        while (nDecimals > 0 && aDigits[n - 1] == '0')
+            --n, --nDecimals;
+        sOut.push_back(dValue < 0 ? '-' : ' ');
+        if (n > nDecimals) {
+            sOut.append(aDigits, static_cast<std::size_t>(n - nDecimals));
+            if (nDecimals == 0) return true;
+            sOut.push_back('.');
+            sOut.append(aDigits + n - nDecimals, static_cast<std::size_t>(nDecimals));
+        } else {
+            sOut.push_back('.');
+            sOut.append(static_cast<std::size_t>(nDecimals - n), '0');
+            sOut.append(aDigits, static_cast<std::size_t>(n));
+        }
+        return true;
+    }
+    return false;
+}
+
 template <class T>
 void AppendFloating(std::string& sOut, T value, int nSignificant) {
     if (!std::isfinite(value)) Raise(errOverflow);
     if (value == 0) {
         sOut += " 0";
         return;
+    }
+    if constexpr (std::is_same_v<T, double>) {
+        if (AppendFewDecimals(sOut, value)) return;
     }
     Decimal tDec;
     ToDecimal(value, nSignificant, tDec);

@@ -47,8 +47,9 @@ public:
     void Write(const void* pData, std::size_t nBytes);
     void Write(std::string_view sText) { Write(sText.data(), sText.size()); }
     void WriteByte(std::uint8_t byValue) {
-        if (m_nUsed < kBufferSize && m_pBuffer) {
+        if (m_iFd >= 0 && m_nUsed < kBufferSize) {
             m_pBuffer[m_nUsed++] = static_cast<char>(byValue);
+            ++m_lPosition;
         } else {
             Write(&byValue, 1);
         }

@@ -68,9 +68,11 @@ std::string FileUtility::BaseName(std::string_view sPath) const {
 
 std::string FileUtility::Folder(std::string_view sPath) const {
     std::size_t nEnd = sPath.find_last_of(kSeparators);
-    if (nEnd == std::string_view::npos) return ".";
+    if (nEnd == std::string_view::npos) return "";
     while (nEnd > 0 && kSeparators.find(sPath[nEnd - 1]) != std::string_view::npos)
         --nEnd;
+    // The root keeps its separator: it is the one folder whose name is the separator itself.
+    if (nEnd == 0) return std::string(1, kPathSeparator);
     return PlatformPath(sPath.substr(0, nEnd));
 }
 

@@ -22,14 +22,14 @@ TEST(FileUtility, SplitsPathsAtEitherSeparator) {
         {"C:\\data\\field.shp", "C:/data", "field", "shp"},
         {"/tmp/a.b/c", "/tmp/a.b", "c", ""},
         {"dir/sub\\name.tar.gz", "dir/sub", "name.tar", "gz"},
-        {"name", ".", "name", ""},
-        {"name.", ".", "name", ""},
-        {"/x.txt", "", "x", "txt"},
+        {"name", "", "name", ""},
+        {"name.", "", "name", ""},
+        {"/x.txt", "/", "x", "txt"},
         {"a//b.txt", "a", "b", "txt"},
         {"a\\\\b.txt", "a", "b", "txt"},
         {"logs/.hidden", "logs", "", "hidden"},
         {"folder/", "folder", "", ""},
-        {"", ".", "", ""},
+        {"", "", "", ""},
     };
     const FileUtility oUtility;
     for (const Case& t : aCases) {
