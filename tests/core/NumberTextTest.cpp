@@ -1,8 +1,12 @@
 // Number text, the text-to-number rule and half-even rounding.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <cstring>
 #include <limits>
+#include <random>
 #include <string>
 
 #include "core/Error.h"
@@ -25,6 +29,46 @@ std::string FloatText(float f) {
     std::string s;
     AppendNumberText(s, f);
     return s;
+}
+
+// C's %.15G, with the blank in front and the zero before the decimal mark dropped.
+std::string PrintfNumberText(double d) {
+    char aText[64];
+    std::snprintf(aText, sizeof aText, "%.15G", d);
+    std::string s = aText;
+    if (s == "-0") s = "0";
+    if (s[0] != '-') s.insert(0, 1, ' ');
+    if (s.size() > 2 && s[1] == '0' && s[2] == '.') s.erase(1, 1);
+    return s;
+}
+
+TEST(NumberText, AgreesWithPrintfOverManyDoubles) {
+    // The few-decimals path, the shortest-digits path and the formatted path all meet here:
+    // sensor-like decimals, scaled integers, raw bit patterns (subnormals included).
+    std::mt19937_64 rng(20261122);
+    for (int i = 0; i < 200000; ++i) {
+        double d = 0.0;
+        switch (i % 4) {
+            case 0:
+                d = static_cast<double>(static_cast<std::int64_t>(rng() % 2000000000) -
+                                        1000000000) /
+                    std::pow(10.0, static_cast<int>(rng() % 12));
+                break;
+            case 1:
+                d = static_cast<double>(rng() % 1000000) * 1e-6 - 0.5;
+                break;
+            case 2:
+                d = static_cast<double>(rng() % 1000000000000000ULL) /
+                    std::pow(10.0, static_cast<int>(rng() % 18));
+                break;
+            default: {
+                const std::uint64_t u = rng();
+                std::memcpy(&d, &u, sizeof d);
+                if (!std::isfinite(d)) continue;
+            }
+        }
+        ASSERT_EQ(NumberText(d), PrintfNumberText(d)) << "bits of " << d;
+    }
 }
 
 TEST(NumberText, LeadingBlankOrSignAndNoZeroBeforeTheMark) {
