@@ -4,6 +4,7 @@
 
 #include "ExitCodes.h"
 #include "core/Error.h"
+#include "platform/ByteOrder.h"
 
 namespace tnw::cli {
 
@@ -13,22 +14,11 @@ constexpr std::int64_t kHeaderBytes = 100;
 constexpr std::int32_t kFileCode = 9994;
 
 std::int32_t BigEndian(const unsigned char* p) {
-    return static_cast<std::int32_t>((std::uint32_t{p[0]} << 24) | (std::uint32_t{p[1]} << 16) |
-                                     (std::uint32_t{p[2]} << 8) | std::uint32_t{p[3]});
+    return static_cast<std::int32_t>(platform::GetBE32(p));
 }
 
 std::int32_t LittleEndian(const unsigned char* p) {
-    return static_cast<std::int32_t>(std::uint32_t{p[0]} | (std::uint32_t{p[1]} << 8) |
-                                     (std::uint32_t{p[2]} << 16) | (std::uint32_t{p[3]} << 24));
-}
-
-double LittleEndianDouble(const unsigned char* p) {
-    std::uint64_t nBits = 0;
-    for (int i = 7; i >= 0; --i)
-        nBits = (nBits << 8) | p[i];
-    double dValue = 0.0;
-    std::memcpy(&dValue, &nBits, sizeof dValue);
-    return dValue;
+    return static_cast<std::int32_t>(platform::GetLE32(p));
 }
 
 Shape::Kind KindOf(std::int32_t lShapeType) {
@@ -125,7 +115,7 @@ void ShapeFileReader::Parse(std::int32_t lRecord, Shape& tShape) const {
     if (lType != m_lShapeType) throw fnBad("has another shape type than its file");
     tShape.eKind = KindOf(lType);
     const auto fnPoint = [&](std::int64_t lOffset) {
-        return XY{LittleEndianDouble(p + lOffset), LittleEndianDouble(p + lOffset + 8)};
+        return XY{platform::GetLEDouble(p + lOffset), platform::GetLEDouble(p + lOffset + 8)};
     };
     switch (lType % 10) {
         case 1:

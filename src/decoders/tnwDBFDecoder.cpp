@@ -7,7 +7,7 @@
 #include "core/KeyedList.h"
 #include "core/NumberText.h"
 #include "core/SerialDate.h"
-#include "decoders/LittleEndian.h"
+#include "platform/ByteOrder.h"
 #include "platform/CodePage.h"
 #include "platform/Hooks.h"
 #include "support/mLog.h"
@@ -154,9 +154,9 @@ void tnwDBFDecoder::SetFilename(const std::string& sFilename) {
 void tnwDBFDecoder::ReadFieldList() {
     unsigned char aHeader[kHeaderSize];
     m_oFile.ReadExact(aHeader, sizeof aHeader);
-    m_lRecordCount = static_cast<std::int32_t>(decoders::GetLE32(aHeader + 4));
-    m_iHeaderLength = static_cast<std::int16_t>(decoders::GetLE16(aHeader + 8));
-    m_iRecordLength = static_cast<std::int16_t>(decoders::GetLE16(aHeader + 10));
+    m_lRecordCount = static_cast<std::int32_t>(platform::GetLE32(aHeader + 4));
+    m_iHeaderLength = static_cast<std::int16_t>(platform::GetLE16(aHeader + 8));
+    m_iRecordLength = static_cast<std::int16_t>(platform::GetLE16(aHeader + 10));
 
     m_oColumns = NewColumnList();
     m_sSchema.clear();

@@ -5,7 +5,7 @@
 
 #include "core/Enums.h"
 #include "core/GISLib.h"
-#include "decoders/LittleEndian.h"
+#include "platform/ByteOrder.h"
 #include "platform/File.h"
 
 namespace tnw {
@@ -38,7 +38,7 @@ bool tnwShapeDecoder::GetShapeDetails(const std::string& sName, std::int32_t& eT
     if (!FileUtility()->FileExists(sName)) return false;
     const auto aFields = ReadHeaderFields(sName, kHeaderFieldsSize);
 
-    switch (static_cast<std::int32_t>(decoders::GetLE32(aFields.data()))) {
+    switch (static_cast<std::int32_t>(platform::GetLE32(aFields.data()))) {
         case 1:  // point and multipoint, plain, Z and M
         case 8:
         case 11:
@@ -64,10 +64,10 @@ bool tnwShapeDecoder::GetShapeDetails(const std::string& sName, std::int32_t& eT
             break;
     }
 
-    dLeft = decoders::GetLEDouble(aFields.data() + 4);
-    dBottom = decoders::GetLEDouble(aFields.data() + 12);
-    dRight = decoders::GetLEDouble(aFields.data() + 20);
-    dTop = decoders::GetLEDouble(aFields.data() + 28);
+    dLeft = platform::GetLEDouble(aFields.data() + 4);
+    dBottom = platform::GetLEDouble(aFields.data() + 12);
+    dRight = platform::GetLEDouble(aFields.data() + 20);
+    dTop = platform::GetLEDouble(aFields.data() + 28);
     // Only these four comparisons decide: an extent inside the range of degrees is geographic.
     bCartesian = !(dLeft >= -180.0 && dRight <= 180.0 && dTop <= 90.0 && dBottom >= -90.0);
     return true;
@@ -76,7 +76,7 @@ bool tnwShapeDecoder::GetShapeDetails(const std::string& sName, std::int32_t& eT
 std::int32_t tnwShapeDecoder::GetESRIShapeType(const std::string& sPath,
                                                const std::string& sName) const {
     const auto aFields = ReadHeaderFields(sPath + sName, 4);
-    return static_cast<std::int32_t>(decoders::GetLE32(aFields.data()));
+    return static_cast<std::int32_t>(platform::GetLE32(aFields.data()));
 }
 
 }  // namespace tnw

@@ -2,12 +2,12 @@
 // little-endian fields, and the 100-byte file header shared by both files.
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
 #include "core/Error.h"
 #include "core/ShapeBox.h"
+#include "platform/ByteOrder.h"
 
 namespace tnw::detail {
 
@@ -27,29 +27,15 @@ inline constexpr std::int32_t kIndexEntryWords = kIndexEntryBytes / 2;
 // error 6 rather than a corrupt file.
 inline void LongToBigEndian(std::int32_t lValue, char* aBytes) {
     if (lValue < 0) Raise(errOverflow);
-    const auto u = static_cast<std::uint32_t>(lValue);
-    aBytes[0] = static_cast<char>(u >> 24);
-    aBytes[1] = static_cast<char>(u >> 16);
-    aBytes[2] = static_cast<char>(u >> 8);
-    aBytes[3] = static_cast<char>(u);
+    platform::PutBE32(aBytes, static_cast<std::uint32_t>(lValue));
 }
 
 inline void PutLong(char* aBytes, std::int32_t lValue) {
-    const auto u = static_cast<std::uint32_t>(lValue);
-    aBytes[0] = static_cast<char>(u);
-    aBytes[1] = static_cast<char>(u >> 8);
-    aBytes[2] = static_cast<char>(u >> 16);
-    aBytes[3] = static_cast<char>(u >> 24);
+    platform::PutLE32(aBytes, static_cast<std::uint32_t>(lValue));
 }
 
 inline void PutDouble(char* aBytes, double dValue) {
-    const auto u = std::bit_cast<std::uint64_t>(dValue);
-    if constexpr (std::endian::native == std::endian::little) {
-        std::memcpy(aBytes, &u, sizeof u);
-    } else {
-        for (int i = 0; i < 8; ++i)
-            aBytes[i] = static_cast<char>(u >> (8 * i));
-    }
+    platform::PutLEDouble(aBytes, dValue);
 }
 
 // Xmin, Ymin, Xmax, Ymax: 32 bytes.
