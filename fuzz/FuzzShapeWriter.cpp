@@ -16,51 +16,6 @@
 #include "ogc_sf/WKT.h"
 #include "shapefile/tnwShapeEncoder.h"
 
-namespace {
-
-std::uint32_t Little32(const std::string& s, std::size_t n) {
-    const auto* p = reinterpret_cast<const unsigned char*>(s.data() + n);
-    return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 |
-           std::uint32_t{p[3]} << 24;
-}
-
-std::uint32_t Big32(const std::string& s, std::size_t n) {
-    const auto* p = reinterpret_cast<const unsigned char*>(s.data() + n);
-    return std::uint32_t{p[0]} << 24 | std::uint32_t{p[1]} << 16 | std::uint32_t{p[2]} << 8 |
-           std::uint32_t{p[3]};
-}
-
-void Require(bool bHolds) {
-    if (!bHolds) std::abort();
-}
-
-// The set as closed holds exactly nRecords records, in all three files alike.
-void CheckSet(const std::string& sBase, std::uint32_t nRecords, bool bShapes) {
-    const std::string sDbf = tnw::fuzz::ReadScratch(sBase + ".dbf");
-    Require(sDbf.size() >= 33);
-    const std::uint32_t nHeader = Little32(sDbf, 8) & 0xFFFF;
-    const std::uint32_t nRecord = Little32(sDbf, 10) & 0xFFFF;
-    Require(Little32(sDbf, 4) == nRecords);
-    Require(sDbf.size() == nHeader + nRecords * nRecord + (nRecords > 0 ? 1 : 0));
-    Require(sDbf.back() == 0x1A);
-    if (!bShapes) return;
-    const std::string sShp = tnw::fuzz::ReadScratch(sBase + ".shp");
-    const std::string sShx = tnw::fuzz::ReadScratch(sBase + ".shx");
-    Require(sShp.size() >= 100 && sShx.size() == 100 + 8 * std::size_t{nRecords});
-    Require(Big32(sShp, 24) * 2 == sShp.size() && Big32(sShx, 24) * 2 == sShx.size());
-    std::size_t nAt = 100;
-    for (std::uint32_t i = 0; i < nRecords; ++i) {
-        const std::uint32_t nOffset = Big32(sShx, 100 + 8 * i);
-        const std::uint32_t nWords = Big32(sShx, 104 + 8 * i);
-        Require(nOffset * 2 == nAt && nAt + 8 <= sShp.size());
-        Require(Big32(sShp, nAt) == i + 1 && Big32(sShp, nAt + 4) == nWords);
-        nAt += 8 + 2 * std::size_t{nWords};
-    }
-    Require(nAt == sShp.size());
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     tnw::fuzz::SetUpOnce();
     if (nSize < 1) return 0;
@@ -99,7 +54,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
             if (i == 3 ? oEncoder.Update2(false) : oEncoder.Update()) ++nRecords;
         }
         oEncoder.CloseFiles();
-        CheckSet(sBase, nRecords, (bySetUp & 7) >= 1 && (bySetUp & 7) <= 4);
+        const bool bShapes = (bySetUp & 7) >= 1 && (bySetUp & 7) <= 4;
+        if (tnw::fuzz::CheckClosedSet(sBase, bShapes) != nRecords) std::abort();
     }
     (void)oGeometry->WKT();
     return 0;

@@ -19,4 +19,9 @@ std::string WriteInput(const std::uint8_t* pData, std::size_t nSize, const char*
 // The whole of a scratch file; empty when there is none.
 std::string ReadScratch(const std::string& sPath);
 
+// Checks that the closed set <sBase>.dbf (and with bShapes .shp and .shx) agrees with itself:
+// file lengths, index entries, record numbers and counts. Aborts when it does not; gives the
+// number of records.
+std::uint32_t CheckClosedSet(const std::string& sBase, bool bShapes);
+
 }  // namespace tnw::fuzz

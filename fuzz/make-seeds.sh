@@ -12,7 +12,7 @@ tnw=${1:-build-robust/tnw/apps/tnw/tnw}
 corpus=fuzz/corpus
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-mkdir -p "$corpus"/{dbf,delimited,shape_details,wkt,shape_writer}
+mkdir -p "$corpus"/{dbf,delimited,shape_details,wkt,shape_writer,convert}
 
 # ---- Small inputs ----
 printf 'Longitude,Latitude,Yield (bu/ac),Moisture (%%),Crop,Flag\r\n-93.25,42.5,180.5,15.1,"Corn",T\r\n-93.26,42.51,.5,-2,"Soy, beans",F\r\n0,0,1E+20,&H10,"",N\r\n' \
@@ -138,5 +138,13 @@ for f in "$corpus"/wkt/*; do
     esac
     { printf "\\x0$type"; cat "$f"; } >"$corpus/shape_writer/$(basename "$f")"
 done
+
+# ---- Convert: a set-up byte, then a table or a text (see FuzzConvert.cpp) ----
+for f in lib_points gdal_typed shapelib_table edge_cases; do
+    { printf '\x00'; cat "$corpus/dbf/$f.dbf"; } >"$corpus/convert/table_$f"
+done
+{ printf '\x01'; cat "$work/lib_lonlat.csv"; } >"$corpus/convert/text_lonlat"
+{ printf '\x0f'; cat "$work/shapes.csv"; } >"$corpus/convert/text_polygons"
+{ printf '\x0b'; cat "$work/lines.csv"; } >"$corpus/convert/text_lines"
 
 echo "seeds: $(find "$corpus" -type f | wc -l) files in $corpus"

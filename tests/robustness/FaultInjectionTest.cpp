@@ -30,7 +30,7 @@ std::string Describe(SysCall eCall, int n) {
 
 // The columns of the test records: a number that names the record and a text.
 struct TestRecord {
-    TestRecord() : oColumns(NewColumns()) {
+    TestRecord() : oColumns(EmptyColumns()) {
         oId = AddColumn(*oColumns, "ID", vtDouble, 8);
         oName = AddColumn(*oColumns, "NAME", vtString, 12);
     }
@@ -68,7 +68,7 @@ protected:
 
     // A set that the checker takes as whole holds exactly the records Update took.
     void ExpectNoFalseWholeSet(const std::vector<std::int32_t>& vWritten) {
-        if (CheckShapeSet(sBase) != 0) return;
+        if (CheckShapeSetBytes(sBase) != 0) return;
         EXPECT_EQ(ReadNumbers(sBase + ".dbf", "ID"), vWritten)
             << "a set that looks whole lost or gained records";
     }
@@ -115,7 +115,7 @@ TEST_F(ShapeEncoderFaults, EachFailingCallOfARunIsReported) {
         for (SysCall eCall : kAllSysCalls)
             aCounts[static_cast<std::size_t>(eCall)] = oCalls.Count(eCall);
     }
-    ASSERT_EQ(CheckShapeSet(sBase), 0);
+    ASSERT_EQ(CheckShapeSetBytes(sBase), 0);
     // Five files opened, each closed, each old one deleted; three headers patched by seek.
     EXPECT_EQ(aCounts[static_cast<std::size_t>(SysCall::Open)], 5);
     EXPECT_EQ(aCounts[static_cast<std::size_t>(SysCall::Lseek)], 3);
@@ -156,7 +156,7 @@ TEST_F(ShapeEncoderFaults, TheEncoderRecoversForTheNextSet) {
     for (int i = 0; i < kRecords; ++i)
         vAll[static_cast<std::size_t>(i)] = i + 1;
     EXPECT_EQ(WritePoints(oEncoder), vAll);
-    EXPECT_EQ(CheckShapeSet(sBase), 0);
+    EXPECT_EQ(CheckShapeSetBytes(sBase), 0);
     EXPECT_EQ(ReadNumbers(sBase + ".dbf", "ID"), vAll);
 }
 
@@ -177,7 +177,7 @@ TEST_F(ShapeEncoderFaults, AFileRemovedBeforeCloseIsReported) {
         ASSERT_EQ(oCapture.vReports.size(), 1u);
         EXPECT_EQ(oCapture.vReports[0].sSource, "tnwShapeEncoder.CloseFiles");
         EXPECT_EQ(oCapture.vReports[0].lNumber, errPathFileAccess);
-        EXPECT_NE(CheckShapeSet(sBase), 0);
+        EXPECT_NE(CheckShapeSetBytes(sBase), 0);
         oEncoder.CloseFiles();
         EXPECT_EQ(oCapture.vReports.size(), 1u) << "a second CloseFiles has nothing to report";
     }

@@ -1,11 +1,8 @@
-// Helpers of the robustness tests: columns of a test record, the strict shapefile checker, and
-// the records a table holds as read back by the library's own reader.
+// Helpers of the robustness tests: the strict shapefile checker on the bytes of a set, and the
+// records a table holds as read back by the library's own reader.
 #pragma once
 
-#include <sys/wait.h>
-
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,27 +10,20 @@
 #include "core/Component.h"
 #include "core/GISLib.h"
 #include "decoders/tnwDBFDecoder.h"
+#include "support/TestSupport.h"
 
 namespace tnw::test {
 
-inline std::shared_ptr<tnwColumns> NewColumns() {
+// A new column list. (The stand-ins are registered by ScopedCapture, which must stay the
+// handler of error reports, so they are not registered again here.)
+inline std::shared_ptr<tnwColumns> EmptyColumns() {
     return CreateAs<tnwColumns>(kProgIdColumns, "Missing Component");
-}
-
-// A column as hosts add them: empty name and description, kind 1, visible and active.
-inline std::shared_ptr<tnwColumn> AddColumn(tnwColumns& oColumns, const std::string& sKey,
-                                            std::int32_t lType, std::int16_t iSize,
-                                            std::int16_t iPrecision = 0) {
-    return oColumns.Add(sKey, "", "", lType, iSize, iPrecision, 0, 1, 0, "", true, true);
 }
 
 // The exit status of the strict checker on a set: 0 when every file is whole and they agree.
 // The byte checks only; the peer readers would make a sweep of many sets slow.
-inline int CheckShapeSet(const std::string& sBase) {
-    const std::string sCommand =
-        TNW_CHECK_SHAPESET " --quiet --no-peers '" + sBase + "' >/dev/null 2>&1";
-    const int iStatus = std::system(sCommand.c_str());
-    return WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : -1;
+inline int CheckShapeSetBytes(const std::string& sBase) {
+    return CheckShapeSet(sBase, "--no-peers").iStatus;
 }
 
 // The numbers in field sKey of every record of a table, read with tnwDBFDecoder.

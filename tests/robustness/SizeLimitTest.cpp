@@ -1,0 +1,215 @@
+// The named size limits, at the last size that fits and the first that does not: a .dbf record
+// of 32,767 bytes, a .dbf header of 1,022 fields, record numbers whose file offsets pass 32 bits,
+// and a delimited line of 32,766 characters. Crossing a limit is a reported failure, never a
+// wrapped number nor a file that looks whole. (The .shp offset limit of 2^31 - 1 words is
+// crossed by scripts/stress.sh, which writes 4 GiB of records to a file layer that drops them.)
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "RobustnessSupport.h"
+#include "core/Error.h"
+#include "decoders/tnwDBFDecoder.h"
+#include "delimited/tnwASCIIDecoder.h"
+#include "encoders/tnwASCIIEncoder.h"
+#include "shapefile/tnwShapeEncoder.h"
+#include "support/TestSupport.h"
+
+namespace tnw::test {
+namespace {
+
+constexpr auto kTableOnly = static_cast<tnwGeometryType>(0);
+
+class SizeLimits : public ::testing::Test {
+protected:
+    // A .dbf-only set of nFields text fields of the given widths, with two records whose
+    // fields hold their own field number and record number.
+    bool WriteTable(const std::vector<std::int16_t>& vWidths) {
+        auto oColumns = EmptyColumns();
+        for (std::size_t i = 0; i < vWidths.size(); ++i)
+            AddColumn(*oColumns, "F" + std::to_string(i), vtString, vWidths[i]);
+        tnwShapeEncoder oEncoder;
+        if (!oEncoder.Initialize(sBase, oColumns, kTableOnly)) return false;
+        for (int iRecord = 1; iRecord <= 2; ++iRecord) {
+            for (const auto& oColumn : oColumns->Items())
+                oColumn->SetValue(oColumn->Key() + "/" + std::to_string(iRecord));
+            EXPECT_TRUE(oEncoder.Update());
+        }
+        oEncoder.CloseFiles();
+        return true;
+    }
+
+    // Reads the table back: nFields fields and, when bRecords, the two records, checked in the
+    // fields named in vFields.
+    void ExpectReadBack(std::size_t nFields, bool bRecords,
+                        const std::vector<std::size_t>& vFields) {
+        tnwDBFDecoder oReader;
+        oReader.SetFilename(sBase + ".dbf");
+        ASSERT_EQ(oReader.Columns()->Count(), static_cast<std::int32_t>(nFields));
+        EXPECT_EQ(oReader.MoveFirst(), Variant(bRecords));
+        if (!bRecords) return;
+        for (std::int32_t lRecord : {2, 1}) {
+            ASSERT_TRUE(oReader.MoveToRecord(lRecord));
+            for (std::size_t i : vFields) {
+                const std::string sKey = "F" + std::to_string(i);
+                EXPECT_EQ(oReader.Columns()->Item(sKey)->Value(),
+                          Variant(sKey + "/" + std::to_string(lRecord)));
+            }
+        }
+    }
+
+    void ExpectDbfErrorBox() {
+        ASSERT_EQ(oCapture.vBoxes.size(), 1u);
+        EXPECT_EQ(oCapture.vBoxes[0].sTitle, "DBF Error");
+        EXPECT_EQ(oCapture.vBoxes[0].sText, "Error: Overflow\n" + sBase);
+    }
+
+    ScopedCapture oCapture;
+    TempDir oDir;
+    std::string sBase = oDir.Path("limits");
+};
+
+// 1 + 128 x 255 + 126 = 32,767 bytes: the record length field is a signed 16-bit number.
+TEST_F(SizeLimits, DBFRecordOf32767BytesIsTheLongest) {
+    std::vector<std::int16_t> vWidths(128, 255);
+    vWidths.push_back(126);
+    ASSERT_TRUE(WriteTable(vWidths));
+    const std::string sDbf = ReadFile(sBase + ".dbf");
+    EXPECT_EQ(static_cast<unsigned char>(sDbf[10]), 0xFF);
+    EXPECT_EQ(static_cast<unsigned char>(sDbf[11]), 0x7F);
+    EXPECT_EQ(CheckShapeSetBytes(sBase), 0);
+    ExpectReadBack(129, true, {0, 127, 128});
+
+    vWidths.back() = 127;
+    EXPECT_FALSE(WriteTable(vWidths));
+    ExpectDbfErrorBox();
+    // The table is closed with the fields before the one that did not fit, and no records.
+    ExpectReadBack(128, false, {});
+    EXPECT_EQ(CheckShapeSetBytes(sBase), 0);
+}
+
+// 32 + 32 x 1,022 + 1 = 32,737 bytes of header; a 1,023rd field would make 32,769.
+TEST_F(SizeLimits, DBFHeaderOf1022FieldsIsTheLargest) {
+    std::vector<std::int16_t> vWidths(1022, 9);
+    ASSERT_TRUE(WriteTable(vWidths));
+    EXPECT_EQ(CheckShapeSetBytes(sBase), 0);
+    ExpectReadBack(1022, true, {0, 500, 1021});
+
+    vWidths.push_back(9);
+    EXPECT_FALSE(WriteTable(vWidths));
+    ExpectDbfErrorBox();
+    ExpectReadBack(1022, false, {});
+}
+
+// A header length past 32,767 reads as the negative number of its signed field: the reader
+// takes no fields and MoveFirst fails, rather than reading records from a wrapped offset.
+TEST_F(SizeLimits, DBFHeaderLengthPastTheSignedRangeIsRefused) {
+    ASSERT_TRUE(WriteTable({9, 9}));
+    std::string sDbf = ReadFile(sBase + ".dbf");
+    sDbf[8] = '\x40';  // 40,000 = 0x9C40
+    sDbf[9] = '\x9C';
+    WriteFile(sBase + ".dbf", sDbf);
+    tnwDBFDecoder oReader;
+    oReader.SetFilename(sBase + ".dbf");
+    EXPECT_EQ(oReader.Columns()->Count(), 0);
+    EXPECT_TRUE(oReader.MoveFirst().IsEmpty());
+    EXPECT_THROW(oReader.MoveToRecord(1), Error);
+}
+
+// Record offsets are 64-bit: with 32-byte records, record 2^27 + 1 lies at 4 GiB past the
+// header, which 32 bits would wrap onto record 1.
+TEST_F(SizeLimits, DBFRecordOffsetsPast4GiBNeverWrap) {
+    ASSERT_TRUE(WriteTable({31}));
+    std::string sDbf = ReadFile(sBase + ".dbf");
+    ASSERT_EQ(sDbf[10], 32);
+    sDbf.replace(4, 4, "\xFF\xFF\xFF\x7F");  // 2,147,483,647 records claimed
+    WriteFile(sBase + ".dbf", sDbf);
+    tnwDBFDecoder oReader;
+    oReader.SetFilename(sBase + ".dbf");
+    try {
+        (void)oReader.MoveToRecord((1 << 27) + 1);
+        ADD_FAILURE() << "a record 4 GiB past the end of the file was read";
+    } catch (const Error& e) {
+        EXPECT_EQ(e.lNumber, errInputPastEnd);
+    }
+    EXPECT_EQ(oReader.Columns()->Item("F0")->Value(), Variant()) << "no value was set";
+    EXPECT_THROW(oReader.MoveToRecord(0x7FFFFFFF), Error);
+    ASSERT_TRUE(oReader.MoveToRecord(2));
+    EXPECT_EQ(oReader.Columns()->Item("F0")->Value(), Variant("F0/2"));
+}
+
+// A delimited line of 32,766 characters is the longest that parses; one of 32,767 is reported
+// and stops MoveNext, and the walk goes on after it. The text encoder writes both, so the
+// limit shows on the reading side only.
+TEST_F(SizeLimits, DelimitedLineOf32766CharactersIsTheLongest) {
+    const std::string sPath = oDir.Path("long.txt");
+    {
+        auto oColumns = EmptyColumns();
+        auto oNote = AddColumn(*oColumns, "NOTE", vtString, 32767);
+        tnwASCIIEncoder oEncoder;
+        ASSERT_TRUE(oEncoder.Initialize(sPath, oColumns, false));
+        // A text cell goes between two quotes: lines of 32,766, 32,767 and 7 characters.
+        for (const std::string& sText :
+             {std::string(32764, 'a'), std::string(32765, 'b'), std::string("after")}) {
+            oNote->SetValue(sText);
+            ASSERT_TRUE(oEncoder.Update());
+        }
+        oEncoder.CloseFiles();
+    }
+    tnwASCIIDecoder oReader;
+    oReader.SetFilename(sPath);
+    auto oNote =
+        oReader.Columns()->Add("NOTE", "", "", vtString, 32767, 0, 0, 1, 16, "", true, true);
+    EXPECT_EQ(oReader.MoveFirst(), Variant(true));
+    EXPECT_EQ(oNote->Value(), Variant(std::string(32764, 'a')));
+    EXPECT_TRUE(oCapture.vReports.empty());
+
+    EXPECT_FALSE(oReader.MoveNext());
+    EXPECT_FALSE(oReader.Eof()) << "a bad row is not the end of the file";
+    ASSERT_EQ(oCapture.vReports.size(), 2u);
+    EXPECT_EQ(oCapture.vReports[0].sSource, "tnwASCIIDecoder.ParseLine");
+    EXPECT_EQ(oCapture.vReports[0].lNumber, errOverflow);
+    EXPECT_EQ(oCapture.vReports[1].sSource, "tnwASCIIDecoder.MoveNext");
+    EXPECT_EQ(oCapture.vReports[1].lNumber, errSubscript);
+    EXPECT_EQ(oNote->Value(), Variant(std::string(32764, 'a'))) << "no value from the long line";
+
+    EXPECT_TRUE(oReader.MoveNext());
+    EXPECT_EQ(oNote->Value(), Variant("after"));
+    EXPECT_FALSE(oReader.MoveNext());
+    EXPECT_TRUE(oReader.Eof());
+}
+
+// A header line past the limit gives no columns, reported, rather than columns cut short.
+// Fixed-width lines have no limit.
+TEST_F(SizeLimits, DelimitedHeaderPastTheLimitAndFixedWidthLines) {
+    std::string sHeader = "A";
+    while (sHeader.size() < 32767)
+        sHeader += ",A";
+    const std::string sPath = oDir.Path("header.csv");
+    WriteFile(sPath, sHeader + "\r\n1\r\n");
+    tnwASCIIDecoder oReader;
+    oReader.SetFilename(sPath);
+    oReader.SetHeaderRows(1);
+    EXPECT_EQ(oReader.AutoGenColumns(), Variant(false));
+    EXPECT_EQ(oReader.Columns()->Count(), 0);
+    ASSERT_EQ(oCapture.vReports.size(), 2u);
+    EXPECT_EQ(oCapture.vReports[0].sSource, "tnwASCIIDecoder.ParseLine");
+    EXPECT_EQ(oCapture.vReports[1].sSource, "tnwASCIIDecoder.BuildColumns");
+
+    // Widths 32,767 and 5 take the first 32,772 characters of a line of 102,772.
+    oCapture.vReports.clear();
+    WriteFile(sPath, std::string(32767, 'x') + "12345" + std::string(70000, 'y') + "\r\n");
+    oReader.SetFilename(sPath);
+    oReader.SetHeaderRows(0);
+    oReader.SetDelimiter("");
+    oReader.Columns()->Add("SKIP", "", "", vtString, 32767, 0, 0, 1, 16, "", true, false);
+    auto oValue = oReader.Columns()->Add("VALUE", "", "", vtDouble, 5, 2, 0, 1, 16, "", true, true);
+    ASSERT_TRUE(oValue);
+    EXPECT_EQ(oReader.MoveFirst(), Variant(true));
+    EXPECT_EQ(oValue->Value(), Variant(123.45));
+    EXPECT_TRUE(oCapture.vReports.empty());
+}
+
+}  // namespace
+}  // namespace tnw::test
