@@ -12,18 +12,12 @@
 #include "core/Error.h"
 #include "core/NumberText.h"
 #include "core/SerialDate.h"
+#include "support/TestSupport.h"
 
 namespace tnw {
 namespace {
 
-std::int32_t ErrorNumberOf(auto&& fn) {
-    try {
-        fn();
-    } catch (const Error& e) {
-        return e.lNumber;
-    }
-    return 0;
-}
+using test::ErrorNumberOf;
 
 std::string FloatText(float f) {
     std::string s;

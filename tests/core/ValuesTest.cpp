@@ -9,18 +9,12 @@
 #include "core/SerialDate.h"
 #include "core/Variant.h"
 #include "platform/CodePage.h"
+#include "support/TestSupport.h"
 
 namespace tnw {
 namespace {
 
-std::int32_t ErrorNumberOf(auto&& fn) {
-    try {
-        fn();
-    } catch (const Error& e) {
-        return e.lNumber;
-    }
-    return 0;
-}
+using test::ErrorNumberOf;
 
 TEST(Variant, TypeNumbers) {
     EXPECT_EQ(Variant().Type(), vtEmpty);

@@ -10,8 +10,8 @@
 
 #include "FakeGeometry.h"
 #include "gislib/Projection.h"
-#include "shapefile/ShapeTestSupport.h"
 #include "shapefile/tnwShapeEncoder.h"
+#include "support/TestSupport.h"
 
 namespace tnw::test {
 namespace {

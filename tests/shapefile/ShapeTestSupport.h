@@ -17,18 +17,6 @@
 
 namespace tnw::test {
 
-inline std::shared_ptr<tnwColumns> NewColumns() {
-    return CreateAs<tnwColumns>(kProgIdColumns, "Missing Component");
-}
-
-// A column as hosts add them: empty texts, kind 1.
-inline std::shared_ptr<tnwColumn> AddColumn(tnwColumns& oColumns, const std::string& sKey,
-                                            std::int32_t lType, std::int16_t iSize,
-                                            std::int16_t iPrecision = 0, bool bVisible = true,
-                                            const std::string& sName = "") {
-    return oColumns.Add(sKey, sName, "", lType, iSize, iPrecision, 0, 1, 0, "", bVisible, true);
-}
-
 inline std::shared_ptr<IGeometry> MakePoint(double x, double y) {
     return standins::Point::Create(x, y);
 }
@@ -65,37 +53,6 @@ inline double LittleDouble(const std::string& s, std::size_t n) {
     for (int i = 7; i >= 0; --i)
         u = u << 8 | static_cast<unsigned char>(s[n + i]);
     return std::bit_cast<double>(u);
-}
-
-// Runs a command; gives its exit status and what it printed.
-struct CommandResult {
-    int iStatus = -1;
-    std::string sOutput;
-};
-inline CommandResult RunCommand(const std::string& sCommand) {
-    CommandResult tResult;
-    FILE* pPipe = ::popen((sCommand + " 2>&1").c_str(), "r");
-    if (!pPipe) return tResult;
-    char aBuffer[4096];
-    std::size_t n;
-    while ((n = std::fread(aBuffer, 1, sizeof aBuffer, pPipe)) > 0)
-        tResult.sOutput.append(aBuffer, n);
-    const int iStatus = ::pclose(pPipe);
-    tResult.iStatus = WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : -1;
-    return tResult;
-}
-
-// The strict shapefile checker on base paths (it runs on the system Python); extra options go
-// before the paths.
-inline CommandResult CheckShapeSets(const std::vector<std::string>& vBases,
-                                    const std::string& sOptions = "") {
-    std::string sCommand = TNW_CHECK_SHAPESET " --quiet " + sOptions;
-    for (const std::string& sBase : vBases)
-        sCommand += " '" + sBase + "'";
-    return RunCommand(sCommand);
-}
-inline CommandResult CheckShapeSet(const std::string& sBase, const std::string& sOptions = "") {
-    return CheckShapeSets({sBase}, sOptions);
 }
 
 // GDAL's reading of a set (with the system Python, which has the GDAL bindings): a line of field

@@ -1,6 +1,9 @@
 #include "support/TestSupport.h"
 
+#include <sys/wait.h>
+
 #include <atomic>
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -38,6 +41,41 @@ std::vector<std::uint8_t> ReadBytes(const std::string& sPath) {
 void WriteFile(const std::string& sPath, const std::string& sBytes) {
     std::ofstream out(sPath, std::ios::binary | std::ios::trunc);
     out << sBytes;
+}
+
+CommandResult RunCommand(const std::string& sCommand) {
+    CommandResult tResult;
+    FILE* pPipe = ::popen((sCommand + " 2>&1").c_str(), "r");
+    if (!pPipe) return tResult;
+    char aBuffer[4096];
+    std::size_t n;
+    while ((n = std::fread(aBuffer, 1, sizeof aBuffer, pPipe)) > 0)
+        tResult.sOutput.append(aBuffer, n);
+    const int iStatus = ::pclose(pPipe);
+    tResult.iStatus = WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : -1;
+    return tResult;
+}
+
+CommandResult CheckShapeSets(const std::vector<std::string>& vBases, const std::string& sOptions) {
+    std::string sCommand = TNW_CHECK_SHAPESET " --quiet " + sOptions;
+    for (const std::string& sBase : vBases)
+        sCommand += " '" + sBase + "'";
+    return RunCommand(sCommand);
+}
+
+CommandResult CheckShapeSet(const std::string& sBase, const std::string& sOptions) {
+    return CheckShapeSets({sBase}, sOptions);
+}
+
+std::shared_ptr<tnwColumns> NewColumns() {
+    return CreateAs<tnwColumns>(kProgIdColumns, "Missing Component");
+}
+
+std::shared_ptr<tnwColumn> AddColumn(tnwColumns& oColumns, const std::string& sKey,
+                                     std::int32_t lType, std::int16_t iSize,
+                                     std::int16_t iPrecision, bool bVisible,
+                                     const std::string& sName) {
+    return oColumns.Add(sKey, sName, "", lType, iSize, iPrecision, 0, 1, 0, "", bVisible, true);
 }
 
 namespace {

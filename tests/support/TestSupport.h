@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "core/Component.h"
+#include "core/Error.h"
+#include "core/GISLib.h"
 #include "platform/Hooks.h"
 
 namespace tnw::test {
@@ -29,6 +31,39 @@ private:
 std::string ReadFile(const std::string& sPath);
 std::vector<std::uint8_t> ReadBytes(const std::string& sPath);
 void WriteFile(const std::string& sPath, const std::string& sBytes);
+
+// The error number an operation raises; 0 when it raises none.
+template <class Fn>
+std::int32_t ErrorNumberOf(Fn&& fn) {
+    try {
+        fn();
+    } catch (const Error& e) {
+        return e.lNumber;
+    }
+    return 0;
+}
+
+// Runs a shell command; gives its exit status and what it printed (stdout and stderr).
+struct CommandResult {
+    int iStatus = -1;
+    std::string sOutput;
+};
+CommandResult RunCommand(const std::string& sCommand);
+
+// The strict shapefile checker on base paths (it runs on the system Python); extra options go
+// before the paths.
+CommandResult CheckShapeSets(const std::vector<std::string>& vBases,
+                             const std::string& sOptions = "");
+CommandResult CheckShapeSet(const std::string& sBase, const std::string& sOptions = "");
+
+// A new column list from "tnwGIS.tnwColumns" (the stand-ins registered, as ScopedCapture
+// does), and a column added as hosts add them: empty
+// texts, kind 1.
+std::shared_ptr<tnwColumns> NewColumns();
+std::shared_ptr<tnwColumn> AddColumn(tnwColumns& oColumns, const std::string& sKey,
+                                     std::int32_t lType, std::int16_t iSize,
+                                     std::int16_t iPrecision = 0, bool bVisible = true,
+                                     const std::string& sName = "");
 
 struct CapturedBox {
     std::string sText;
