@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
-# Builds everything with AddressSanitizer and UndefinedBehaviorSanitizer and runs every test.
+# Builds everything with AddressSanitizer and UndefinedBehaviorSanitizer and runs every test,
+# the benchmark at a small size (do the implementations agree?) and a short fuzzing run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/install-deps.sh --tests
 
 build=build-test
-cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Debug -DTNW_SANITIZE=address,undefined >/dev/null
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Debug -DTNW_SANITIZE=address,undefined \
+    -DTNW_BUILD_BENCHMARKS=ON >/dev/null
 cmake --build "$build" -j"$(nproc)"
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
     ctest --test-dir "$build" --output-on-failure -j"$(nproc)"
