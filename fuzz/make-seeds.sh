@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Makes the seed corpora in fuzz/corpus/ from small valid files: written by this library (through
 # the tnw tool), by GDAL (ogr2ogr) and by shapelib, plus a few hand-made edge cases.
-#   fuzz/make-seeds.sh [path/to/tnw]      (default: build-robust/tnw/apps/tnw/tnw)
+#   fuzz/make-seeds.sh [path/to/tnw]      (default: build-robust/apps/tnw/tnw)
 # Needs gdal-bin, shapelib and python3. The seeds are committed; run this again after a format
 # change.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-tnw=${1:-build-robust/tnw/apps/tnw/tnw}
+tnw=${1:-build-robust/apps/tnw/tnw}
 [[ -x $tnw ]] || { echo "no tnw tool at $tnw" >&2; exit 2; }
 
 corpus=fuzz/corpus
@@ -75,6 +75,18 @@ out += b"\r" + b"".join(r.ljust(record_length)[:record_length] for r in records)
 open(sys.argv[1], "wb").write(out)
 EOF
 
+# At the limits: 1,022 fields (a header of 32,737 bytes), the most a table can have.
+python3 - "$corpus/dbf/fields_1022.dbf" <<'EOF'
+import struct, sys
+fields = 1022
+header_length = 32 + 32 * fields + 1
+out = struct.pack("<B3BIHH20x", 3, 95, 3, 31, 2, header_length, 1 + fields)
+for i in range(fields):
+    out += ("F%d" % i).encode().ljust(11, b"\0") + b"N" + b"\0" * 4 + bytes([1, 0]) + b"\0" * 14
+out += b"\r" + b" " + b"7" * fields + b" " + b"-" * fields + b"\x1a"
+open(sys.argv[1], "wb").write(out)
+EOF
+
 # ---- Shape details: main headers of every kind ----
 for kind in points polygons lines multipoints; do cp "$work/lib_$kind.shp" "$corpus/shape_details/"; done
 ogr2ogr -q -f "ESRI Shapefile" -nlt POINTZ -dialect SQLite \
@@ -111,6 +123,10 @@ delimited quotes '\x00\x01\x00' "$work/quotes.txt"
 printf 'Rate,Rate,Rate_1,X,Y,Yield (bu/ac) wet,(ft),Speed ()\r\n1,2,3,4,5,6,7,8\n9,10\r' \
     >"$work/headers.txt"
 delimited duplicate_headers '\x08\x03\x00' "$work/headers.txt"
+# Lines of 32,766 and 32,767 characters: the longest that parses and the first that does not.
+python3 -c 'import sys; sys.stdout.write("a," * 16383 + "\r\n" + "b," * 16383 + "c\r\n9\r\n")' \
+    >"$work/long_lines.txt"
+delimited long_lines '\x00\x20\x00' "$work/long_lines.txt"
 
 # ---- Well-known text ----
 wkt() { printf '%s' "$2" >"$corpus/wkt/$1"; }

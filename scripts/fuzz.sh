@@ -23,8 +23,7 @@ cmake --build "$build" -j"$(nproc)" --target "${targets[@]/#/fuzz_}"
 # 32,767 characters.
 max_len() {
     case $1 in
-        dbf | convert) echo 70000 ;;
-        delimited) echo 40000 ;;
+        dbf | delimited | convert) echo 70000 ;;
         *) echo 4096 ;;
     esac
 }

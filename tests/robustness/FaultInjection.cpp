@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <functional>
 
 namespace tnw::test {
 
@@ -13,22 +12,13 @@ struct ScopedSystemCalls::State {
     SysCall eFailCall = SysCall::Open;
     int nFailAt = 0;  // 0: nothing planned
     int iErrno = 0;
-    bool bPersistent = false;
     bool bFired = false;
     std::int64_t nFree = -1;  // -1: no limit
-    SysCall eActionCall = SysCall::Open;
-    int nActionAt = 0;
-    std::function<void()> fnAction;
 
     // Counts one call of eCall; true when it is to fail (errno is set then).
     bool Next(SysCall eCall) {
         const int n = ++aCounts[static_cast<std::size_t>(eCall)];
-        if (fnAction && eCall == eActionCall && n == nActionAt) {
-            auto fn = std::move(fnAction);
-            fnAction = nullptr;
-            fn();
-        }
-        if (nFailAt > 0 && eCall == eFailCall && (n == nFailAt || (bPersistent && n > nFailAt))) {
+        if (nFailAt > 0 && eCall == eFailCall && n == nFailAt) {
             bFired = true;
             errno = iErrno;
             return true;
@@ -98,21 +88,14 @@ ScopedSystemCalls::~ScopedSystemCalls() {
     platform::Sys() = m_tSaved;
 }
 
-void ScopedSystemCalls::FailAt(SysCall eCall, int nFailAt, int iErrno, bool bPersistent) {
+void ScopedSystemCalls::FailAt(SysCall eCall, int nFailAt, int iErrno) {
     m_pState->eFailCall = eCall;
     m_pState->nFailAt = Count(eCall) + nFailAt;
     m_pState->iErrno = iErrno;
-    m_pState->bPersistent = bPersistent;
 }
 
 void ScopedSystemCalls::LimitDiskSpace(std::int64_t nFree) {
     m_pState->nFree = nFree;
-}
-
-void ScopedSystemCalls::BeforeCall(SysCall eCall, int nAt, std::function<void()> fnAction) {
-    m_pState->eActionCall = eCall;
-    m_pState->nActionAt = Count(eCall) + nAt;
-    m_pState->fnAction = std::move(fnAction);
 }
 
 int ScopedSystemCalls::Count(SysCall eCall) const {

@@ -8,7 +8,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -28,14 +27,11 @@ public:
     ScopedSystemCalls(const ScopedSystemCalls&) = delete;
     ScopedSystemCalls& operator=(const ScopedSystemCalls&) = delete;
 
-    // Call number nFailAt of eCall (counted from 1, from now) fails with iErrno; with
-    // bPersistent every later one fails too. A close that fails has closed its descriptor all
-    // the same, as the system's does.
-    void FailAt(SysCall eCall, int nFailAt, int iErrno, bool bPersistent = false);
+    // Call number nFailAt of eCall (counted from 1, from now) fails with iErrno. A close that
+    // fails has closed its descriptor all the same, as the system's does.
+    void FailAt(SysCall eCall, int nFailAt, int iErrno);
     // A disk with nFree bytes left: a write takes what still fits, then writes fail with ENOSPC.
     void LimitDiskSpace(std::int64_t nFree);
-    // Runs fnAction once, just before call number nAt of eCall (counted from 1, from now).
-    void BeforeCall(SysCall eCall, int nAt, std::function<void()> fnAction);
 
     int Count(SysCall eCall) const;
     // Whether an injected failure has happened.
