@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Stress runs, kept out of the test command (several minutes and about 1 GB of disk):
 #   1. a 10,000,000-record point set written through tnwShapeEncoder and checked whole with
-#      tests/tools/check-shapeset, then read back through tnwDBFDecoder with every record
+#      tools/check-shapeset, then read back through tnwDBFDecoder with every record
 #      checked; a run of a tenth the size beside it shows that peak memory does not grow with
 #      the number of records;
 #   2. the .shp offset limit crossed: records of 4 Mi points until the .shp would pass the
@@ -35,7 +35,7 @@ run write "$data/small" "$small"
 write_small=$(peak "$line")
 run write "$data/points" "$records"
 write_full=$(peak "$line")
-tests/tools/check-shapeset --quiet --no-peers "$data/points"
+tools/check-shapeset --quiet --no-peers "$data/points"
 run read "$data/small.dbf" "$small"
 read_small=$(peak "$line")
 run read "$data/points.dbf" "$records"
