@@ -4,32 +4,27 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
+
+#include "support/TestSupport.h"
 
 namespace tnw::test {
 
-inline bool HaveTool(const std::string& sTool) {
-    return std::system(("command -v " + sTool + " >/dev/null 2>&1").c_str()) == 0;
-}
-
-// Runs a shell command quietly; its output goes to the test log only when it fails.
+// Succeeds when the command does; what it printed goes to the test log only when it fails.
 inline ::testing::AssertionResult RunTool(const std::string& sCommand) {
-    const std::string sLog = ::testing::TempDir() + "tnw_tool.log";
-    const int iStatus = std::system((sCommand + " >" + sLog + " 2>&1").c_str());
-    if (iStatus == 0) return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << sCommand << " gave " << iStatus;
+    const CommandResult tResult = RunCommand(sCommand);
+    if (tResult.iStatus == 0) return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << sCommand << " gave " << tResult.iStatus << "\n"
+                                         << tResult.sOutput;
 }
 
-// Quotes a path for the shell.
-inline std::string Quoted(const std::string& sText) {
-    std::string s = "'";
-    for (char c : sText)
-        s += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return s + "'";
+// A temporary path for the shell; such paths hold no quote.
+inline std::string Quoted(const std::string& sPath) {
+    return "'" + sPath + "'";
 }
 
 }  // namespace tnw::test
 
-#define TNW_REQUIRE_TOOL(tool) \
-    if (!::tnw::test::HaveTool(tool)) GTEST_SKIP() << tool " is not installed"
+#define TNW_REQUIRE_TOOL(tool)                                    \
+    if (::tnw::test::RunCommand("command -v " tool).iStatus != 0) \
+    GTEST_SKIP() << tool " is not installed"

@@ -1,8 +1,9 @@
 // tnwShapeDecoder on shapefiles written by GDAL and on hand-built main headers.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <bit>
-#include <cstring>
+#include <tuple>
 
 #include "ExternalTools.h"
 #include "core/Error.h"
@@ -15,12 +16,17 @@ namespace {
 using test::Quoted;
 using test::RunTool;
 
+// What GetShapeDetails gives; the defaults are the caller's values it may leave alone.
 struct Details {
     bool bResult = false;
     std::int32_t eType = -7;
     std::string sType = "untouched";
     bool bCartesian = true;
     double dLeft = -1, dRight = -1, dTop = -1, dBottom = -1;
+
+    auto Tuple() const {
+        return std::tie(bResult, eType, sType, bCartesian, dLeft, dRight, dTop, dBottom);
+    }
 };
 
 Details Read(const std::string& sPath) {
@@ -56,20 +62,15 @@ std::string MainHeader(std::int32_t lShapeType, double dXmin, double dYmin, doub
 class ShapeDecoderTest : public ::testing::Test {
 protected:
     // A set written by ogr2ogr from GeoJSON geometries; sOptions add e.g. "-dim XYM".
-    std::string Gdal(const std::string& sName, const std::string& sGeometries,
+    std::string Gdal(const std::string& sName, const std::vector<std::string>& vGeometries,
                      const std::string& sOptions = "") {
-        std::string sJson = R"({"type":"FeatureCollection","features":[)";
-        for (std::size_t nStart = 0; nStart < sGeometries.size();) {
-            std::size_t nEnd = sGeometries.find(';', nStart);
-            if (nEnd == std::string::npos) nEnd = sGeometries.size();
-            if (nStart > 0) sJson += ',';
-            sJson += R"({"type":"Feature","properties":{"id":1},"geometry":)" +
-                     sGeometries.substr(nStart, nEnd - nStart) + "}";
-            nStart = nEnd + 1;
-        }
-        sJson += "]}";
-        const std::string sSource = oDir.Path(sName + ".geojson");
-        test::WriteFile(sSource, sJson);
+        std::string sFeatures;
+        for (const std::string& sGeometry : vGeometries)
+            sFeatures += (sFeatures.empty() ? "" : ",") +
+                         std::string(R"({"type":"Feature","properties":{"id":1},"geometry":)") +
+                         sGeometry + "}";
+        const std::string sSource = Hand(
+            sName + ".geojson", R"({"type":"FeatureCollection","features":[)" + sFeatures + "]}");
         const std::string sShp = oDir.Path(sName + ".shp");
         EXPECT_TRUE(RunTool("ogr2ogr -f 'ESRI Shapefile' " + sOptions + " " + Quoted(sShp) + " " +
                             Quoted(sSource)));
@@ -87,138 +88,84 @@ protected:
 
 TEST_F(ShapeDecoderTest, KindsWrittenByGdal) {
     TNW_REQUIRE_TOOL("ogr2ogr");
-    const std::string sPoint = R"({"type":"Point","coordinates":[-96,40]};)"
-                               R"({"type":"Point","coordinates":[-95,41]})";
-    const std::string sLine = R"({"type":"LineString","coordinates":[[-96,40],[-95,41]]})";
-    const std::string sPolygon =
-        R"({"type":"Polygon","coordinates":[[[-96,40],[-96,41],[-95,41],[-96,40]]]})";
-    const std::string sMultiPoint = R"({"type":"MultiPoint","coordinates":[[-96,40],[-95,41]]})";
-    struct Case {
+    // Each kind with two corners of the box (-96, 40) to (-95, 41), plain and with Z or M.
+    struct Kind {
         const char* sName;
-        std::string sGeometries;
-        const char* sOptions;
-        std::int32_t lShapeType;
-        std::int32_t eType;
+        std::vector<std::string> vGeometries;
+        std::int32_t lShapeType, eType;
         const char* sType;
     };
-    const Case aCases[] = {
-        {"point", sPoint, "", 1, 1, "Point"},
-        {"line", sLine, "", 3, 2, "Line"},
-        {"polygon", sPolygon, "", 5, 3, "Region"},
-        {"multipoint", sMultiPoint, "", 8, 1, "Point"},
-        {"pointz", sPoint, "-dim XYZ", 11, 1, "Point"},
-        {"linez", sLine, "-dim XYZ", 13, 2, "Line"},
-        {"polygonz", sPolygon, "-dim XYZ", 15, 3, "Region"},
-        {"multipointz", sMultiPoint, "-dim XYZ", 18, 1, "Point"},
-        {"pointm", sPoint, "-dim XYM", 21, 1, "Point"},
-        {"linem", sLine, "-dim XYM", 23, 2, "Line"},
-        {"polygonm", sPolygon, "-dim XYM", 25, 3, "Region"},
-        {"multipointm", sMultiPoint, "-dim XYM", 28, 1, "Point"},
+    const Kind aKinds[] = {
+        {"point",
+         {R"({"type":"Point","coordinates":[-96,40]})",
+          R"({"type":"Point","coordinates":[-95,41]})"},
+         1,
+         1,
+         "Point"},
+        {"line", {R"({"type":"LineString","coordinates":[[-96,40],[-95,41]]})"}, 3, 2, "Line"},
+        {"polygon",
+         {R"({"type":"Polygon","coordinates":[[[-96,40],[-96,41],[-95,41],[-96,40]]]})"},
+         5,
+         3,
+         "Region"},
+        {"multipoint",
+         {R"({"type":"MultiPoint","coordinates":[[-96,40],[-95,41]]})"},
+         8,
+         1,
+         "Point"},
     };
-    for (const Case& c : aCases) {
-        SCOPED_TRACE(c.sName);
-        const std::string sShp = Gdal(c.sName, c.sGeometries, c.sOptions);
-        const Details t = Read(sShp);
-        EXPECT_TRUE(t.bResult);
-        EXPECT_EQ(t.eType, c.eType);
-        EXPECT_EQ(t.sType, c.sType);
-        EXPECT_FALSE(t.bCartesian);
-        EXPECT_EQ(t.dLeft, -96.0);
-        EXPECT_EQ(t.dRight, -95.0);
-        EXPECT_EQ(t.dBottom, 40.0);
-        EXPECT_EQ(t.dTop, 41.0);
-        EXPECT_EQ(tnwShapeDecoder().GetESRIShapeType(oDir.Root().string() + "/",
-                                                     std::string(c.sName) + ".shp"),
-                  c.lShapeType);
+    const std::pair<const char*, std::int32_t> aDimensions[] = {
+        {"", 0}, {"-dim XYZ", 10}, {"-dim XYM", 20}};
+    for (const Kind& k : aKinds) {
+        for (const auto& [sOptions, lOffset] : aDimensions) {
+            const std::string sName = k.sName + std::to_string(lOffset);
+            SCOPED_TRACE(sName);
+            const std::string sShp = Gdal(sName, k.vGeometries, sOptions);
+            EXPECT_EQ(Read(sShp).Tuple(),
+                      Details(true, k.eType, k.sType, false, -96, -95, 41, 40).Tuple());
+            EXPECT_EQ(
+                tnwShapeDecoder().GetESRIShapeType(oDir.Root().string() + "/", sName + ".shp"),
+                k.lShapeType + lOffset);
+        }
     }
-}
-
-TEST_F(ShapeDecoderTest, ProjectedAndEmptySetsWrittenByGdal) {
-    TNW_REQUIRE_TOOL("ogr2ogr");
-    const Details tProjected = Read(Gdal(
-        "utm",
-        R"({"type":"Polygon","coordinates":[[[500000,4400000],[500000,4400100],[500100,4400100],[500000,4400000]]]})",
-        "-a_srs EPSG:32615"));
-    EXPECT_TRUE(tProjected.bResult);
-    EXPECT_EQ(tProjected.eType, 3);
-    EXPECT_EQ(tProjected.sType, "Region");
-    EXPECT_TRUE(tProjected.bCartesian);
-    EXPECT_EQ(tProjected.dLeft, 500000.0);
-    EXPECT_EQ(tProjected.dTop, 4400100.0);
-
-    // No features: the declared type and an extent of zeros, which lies within degrees.
-    const Details tEmpty = Read(Gdal("empty", "", "-nlt POINT"));
-    EXPECT_TRUE(tEmpty.bResult);
-    EXPECT_EQ(tEmpty.eType, 1);
-    EXPECT_EQ(tEmpty.sType, "Point");
-    EXPECT_FALSE(tEmpty.bCartesian);
-    EXPECT_EQ(tEmpty.dLeft, 0.0);
-    EXPECT_EQ(tEmpty.dTop, 0.0);
 }
 
 TEST_F(ShapeDecoderTest, TypesWithoutAKindLeaveTheCallersValues) {
     for (std::int32_t lType : {0, 31, 2, 99, -1}) {
         SCOPED_TRACE(lType);
-        const Details t = Read(Hand("odd.shp", MainHeader(lType, 1, 2, 3, 4)));
-        EXPECT_TRUE(t.bResult);
-        EXPECT_EQ(t.eType, -7);
-        EXPECT_EQ(t.sType, "untouched");
-        EXPECT_FALSE(t.bCartesian);
-        EXPECT_EQ(t.dLeft, 1.0);
-        EXPECT_EQ(t.dBottom, 2.0);
-        EXPECT_EQ(t.dRight, 3.0);
-        EXPECT_EQ(t.dTop, 4.0);
+        EXPECT_EQ(Read(Hand("odd.shp", MainHeader(lType, 1, 2, 3, 4))).Tuple(),
+                  Details(true, -7, "untouched", false, 1, 3, 4, 2).Tuple());
     }
 }
 
 TEST_F(ShapeDecoderTest, CartesianIsDecidedByFourComparisons) {
-    struct Case {
-        double dXmin, dYmin, dXmax, dYmax;
-        bool bCartesian;
+    // xmin, ymin, xmax, ymax, Cartesian: the bounds count as inside, and a left edge above 180
+    // is not looked at.
+    const std::array<double, 5> aCases[] = {
+        {-180, -90, 180, 90, 0},   {-180, -90, 180.5, 90, 1}, {-180.5, -90, 180, 90, 1},
+        {-180, -90.5, 180, 90, 1}, {-180, -90, 180, 90.5, 1}, {190, -10, 170, 10, 0},
+        {-96, 40, -95, 41, 0},
     };
-    const Case aCases[] =
-        {
-            {-180, -90, 180, 90, false},  // the bounds count as inside
-            {-180, -90, 180.5, 90, true}, {-180.5, -90, 180, 90, true},
-            {-180, -90.5, 180, 90, true}, {-180, -90, 180, 90.5, true},
-            {190, -10, 170, 10, false},  // a left edge above 180 is not looked at
-            {-96, 40, -95, 41, false},
-        };
-    for (const Case& c : aCases) {
-        SCOPED_TRACE(testing::Message()
-                     << c.dXmin << " " << c.dYmin << " " << c.dXmax << " " << c.dYmax);
-        const Details t = Read(Hand("box.shp", MainHeader(5, c.dXmin, c.dYmin, c.dXmax, c.dYmax)));
-        EXPECT_EQ(t.bCartesian, c.bCartesian);
+    for (const auto& c : aCases) {
+        SCOPED_TRACE(testing::Message() << c[0] << " " << c[1] << " " << c[2] << " " << c[3]);
+        EXPECT_EQ(Read(Hand("box.shp", MainHeader(5, c[0], c[1], c[2], c[3]))).bCartesian,
+                  c[4] != 0);
     }
 }
 
 TEST_F(ShapeDecoderTest, MissingAndShortFiles) {
-    const Details tMissing = Read(oDir.Path("absent.shp"));
-    EXPECT_FALSE(tMissing.bResult);
-    EXPECT_EQ(tMissing.eType, -7);
-    EXPECT_EQ(tMissing.sType, "untouched");
-    EXPECT_TRUE(tMissing.bCartesian);
-    EXPECT_EQ(tMissing.dLeft, -1.0);
-
+    EXPECT_EQ(Read(oDir.Path("absent.shp")).Tuple(), Details().Tuple());
     // What a short file lacks reads as zero.
     const std::string sHeader = MainHeader(3, -96, 40, -95, 41);
-    const Details tShort = Read(Hand("short.shp", sHeader.substr(0, 52)));
-    EXPECT_TRUE(tShort.bResult);
-    EXPECT_EQ(tShort.eType, 2);
-    EXPECT_EQ(tShort.dLeft, -96.0);
-    EXPECT_EQ(tShort.dBottom, 40.0);
-    EXPECT_EQ(tShort.dRight, 0.0);
-    EXPECT_EQ(tShort.dTop, 0.0);
+    EXPECT_EQ(Read(Hand("short.shp", sHeader.substr(0, 52))).Tuple(),
+              Details(true, 2, "Line", false, -96, 0, 0, 40).Tuple());
 
     const std::string sFolder = oDir.Root().string() + "/";
     Hand("tiny.shp", sHeader.substr(0, 34));
     EXPECT_EQ(tnwShapeDecoder().GetESRIShapeType(sFolder, "tiny.shp"), 0);
-    try {
-        tnwShapeDecoder().GetESRIShapeType(sFolder, "absent.shp");
-        FAIL() << "no error";
-    } catch (const Error& e) {
-        EXPECT_EQ(e.lNumber, errFileNotFound);
-    }
+    EXPECT_EQ(
+        test::ErrorNumberOf([&] { tnwShapeDecoder().GetESRIShapeType(sFolder, "absent.shp"); }),
+        errFileNotFound);
 }
 
 }  // namespace
