@@ -1,155 +1,123 @@
 // Files written by other programs read back: the delimited text encoder of this library, and
 // GDAL's CSV driver.
-#include <cstdlib>
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
-#include "DelimitedFixture.h"
 #include "core/NumberText.h"
+#include "delimited/tnwASCIIDecoder.h"
 #include "encoders/tnwASCIIEncoder.h"
+#include "support/TestSupport.h"
+#include "uom/UnitLookup.h"
 
 namespace tnw::test {
 namespace {
 
-struct Record {
-    std::string sCrop;
-    double dYield;
-    double dMoisture;
-    double dX;
-    double dY;
-};
-
-const std::vector<Record> kRecords = {
-    {"Corn", 180.5, 15.25, -93.25, 42.5},
-    {"Field 7, Pass 2", 0.5, 0.0, -96.123456789, 40.000000051},
-    {"Soy; late", -12.75, 9.125, 0.0, -0.25},
-};
-
-class RoundTripTest : public DelimitedTest {
+class RoundTripTest : public ::testing::Test {
 protected:
-    // Writes kRecords with longitude and latitude in front, keys with units in the header.
-    std::string WriteWithEncoder(const std::string& sDelimiter) {
-        auto oColumns = CreateAs<tnwColumns>(kProgIdColumns, "Missing Component");
+    RoundTripTest() { standins::RegisterUnitLookup(); }
+
+    // Reads sPath with columns from its header row, as a host would.
+    std::shared_ptr<tnwColumns> Read(const std::string& sPath, const std::string& sDelimiter,
+                                     bool bLineFeedEndsLine) {
+        oReader = std::make_unique<tnwASCIIDecoder>();
+        oReader->SetFilename(sPath);
+        oReader->SetDelimiter(sDelimiter);
+        oReader->SetLineFeedEndsLine(bLineFeedEndsLine);
+        oReader->SetHeaderRows(1);
+        EXPECT_EQ(oReader->AutoGenColumns(), Variant(true));
+        EXPECT_EQ(oReader->LonCol(), 1);
+        EXPECT_EQ(oReader->LatCol(), 2);
+        EXPECT_EQ(oReader->Columns()->Count(), 3);
+        EXPECT_EQ(oReader->MoveFirst(), Variant(true));
+        return oReader->Columns();
+    }
+
+    ScopedCapture oCapture;
+    TempDir oDir;
+    std::unique_ptr<tnwASCIIDecoder> oReader;
+};
+
+TEST_F(RoundTripTest, FromTheEncoder) {
+    struct Record {
+        std::string sCrop;
+        double dYield, dMoisture, dX, dY;
+    };
+    const std::vector<Record> vRecords = {
+        {"Corn", 180.5, 15.25, -93.25, 42.5},
+        {"Field 7, Pass 2", 0.5, 0.0, -96.123456789, 40.000000051},
+        {"Soy; late", -12.75, 9.125, 0.0, -0.25},
+    };
+    auto oFactory = CreateAs<tnwGISFactory>(kProgIdGISFactory, "Missing Component");
+    for (const std::string sDelimiter : {",", ";"}) {
+        SCOPED_TRACE(sDelimiter);
+        auto oColumns = NewColumns();
         auto oCrop = oColumns->Add("Crop", "", "", vtString, 20, 0, 8, 1, 16, "", true, true);
         auto oYield =
             oColumns->Add("Yield (bu/ac)", "", "", vtDouble, 16, 4, 3, 1, 101, "", true, true);
         auto oMoisture =
             oColumns->Add("Moisture (%)", "", "", vtDouble, 16, 4, 3, 1, 801, "", true, true);
-        auto oFactory = CreateAs<tnwGISFactory>(kProgIdGISFactory, "Missing Component");
         tnwASCIIEncoder oEncoder;
         oEncoder.SetIncludeLonLat(true);
-        const std::string sPath = oDir.Path("encoded.csv");
-        EXPECT_TRUE(oEncoder.Initialize(sPath, oColumns, true, sDelimiter));
-        for (const Record& tRecord : kRecords) {
-            oCrop->SetValue(Variant(tRecord.sCrop));
-            oYield->SetValue(Variant(tRecord.dYield));
-            oMoisture->SetValue(Variant(tRecord.dMoisture));
-            oEncoder.SetGeometry(oFactory->CreatePoint(tRecord.dX, tRecord.dY, nullptr));
+        const std::string sPath = oDir.Path("encoded" + sDelimiter + ".csv");
+        ASSERT_TRUE(oEncoder.Initialize(sPath, oColumns, true, sDelimiter));
+        for (const Record& t : vRecords) {
+            oCrop->SetValue(Variant(t.sCrop));
+            oYield->SetValue(Variant(t.dYield));
+            oMoisture->SetValue(Variant(t.dMoisture));
+            oEncoder.SetGeometry(oFactory->CreatePoint(t.dX, t.dY, nullptr));
             EXPECT_TRUE(oEncoder.Update());
         }
         oEncoder.CloseFiles();
-        return sPath;
-    }
 
-    void ExpectRecords() {
-        oReader->SetHeaderRows(1);
-        ASSERT_EQ(oReader->AutoGenColumns(), Variant(true));
-        const auto oColumns = oReader->Columns();
-        ASSERT_EQ(oColumns->Count(), 3);
-        EXPECT_EQ(oColumns->Item("Crop")->Type(), vtString);
-        EXPECT_EQ(oColumns->Item("Yield")->Type(), vtDouble);
-        EXPECT_EQ(oColumns->Item("Moisture")->Unit(), 801);
-        EXPECT_EQ(oReader->LonCol(), 1);
-        EXPECT_EQ(oReader->LatCol(), 2);
-        bool bMore = oReader->MoveFirst() == Variant(true);
-        for (const Record& tRecord : kRecords) {
-            ASSERT_TRUE(bMore);
-            EXPECT_EQ(oColumns->Item("Crop")->Value(), Variant(tRecord.sCrop));
-            EXPECT_EQ(oColumns->Item("Yield")->Value(), Variant(tRecord.dYield));
-            EXPECT_EQ(oColumns->Item("Moisture")->Value(), Variant(tRecord.dMoisture));
+        const auto oRead = Read(sPath, sDelimiter, false);
+        EXPECT_EQ(oRead->Item("Moisture")->Unit(), 801);
+        for (const Record& t : vRecords) {
+            EXPECT_EQ(oRead->Item("Crop")->Value(), Variant(t.sCrop));
+            EXPECT_EQ(oRead->Item("Yield")->Value(), Variant(t.dYield));
+            EXPECT_EQ(oRead->Item("Moisture")->Value(), Variant(t.dMoisture));
             // The encoder rounds positions to 7 decimals.
-            EXPECT_EQ(oReader->Longitude(), RoundHalfEven(tRecord.dX, 7));
-            EXPECT_EQ(oReader->Latitude(), RoundHalfEven(tRecord.dY, 7));
-            bMore = oReader->MoveNext();
+            EXPECT_EQ(oReader->Longitude(), RoundHalfEven(t.dX, 7));
+            EXPECT_EQ(oReader->Latitude(), RoundHalfEven(t.dY, 7));
+            EXPECT_EQ(oReader->MoveNext(), &t != &vRecords.back());
         }
-        EXPECT_FALSE(bMore);
-        EXPECT_TRUE(oReader->Eof());
         EXPECT_DOUBLE_EQ(oReader->PercentComplete(), 100.0);
-        EXPECT_TRUE(oCapture.vReports.empty());
     }
-};
-
-TEST_F(RoundTripTest, CommaDelimitedFromTheEncoder) {
-    oReader->SetFilename(WriteWithEncoder(","));
-    ExpectRecords();
+    EXPECT_TRUE(oCapture.vReports.empty());
 }
 
-TEST_F(RoundTripTest, SemicolonDelimitedFromTheEncoder) {
-    oReader->SetFilename(WriteWithEncoder(";"));
-    oReader->SetDelimiter(";");
-    ExpectRecords();
-}
+// A small point layer as GeoJSON, turned into CSV by ogr2ogr with either line end.
+TEST_F(RoundTripTest, FromGdal) {
+    const std::string sSource = oDir.Path("points.geojson");
+    WriteFile(sSource,
+              R"({"type":"FeatureCollection","features":[)"
+              R"({"type":"Feature","properties":{"name":"North, 40","yield":181.25,"passes":3},)"
+              R"("geometry":{"type":"Point","coordinates":[-96.5,40.25]}},)"
+              R"({"type":"Feature","properties":{"name":"South","yield":0.125,"passes":12},)"
+              R"("geometry":{"type":"Point","coordinates":[-95.123456,39.000001]}}]})");
+    for (const std::string sLineFormat : {"CRLF", "LF"}) {
+        SCOPED_TRACE(sLineFormat);
+        const std::string sTarget = oDir.Path(sLineFormat + ".csv");
+        const CommandResult tRun =
+            RunCommand("ogr2ogr -f CSV -lco GEOMETRY=AS_XY -lco LINEFORMAT=" + sLineFormat + " '" +
+                       sTarget + "' '" + sSource + "'");
+        if (tRun.iStatus != 0) GTEST_SKIP() << "ogr2ogr failed: " << tRun.sOutput;
 
-// A small point layer as GeoJSON, turned into CSV by ogr2ogr.
-class GdalCsvTest : public DelimitedTest {
-protected:
-    std::string Convert(const std::string& sLineFormat) {
-        const std::string sSource = Write(
-            "points.geojson",
-            R"({"type":"FeatureCollection","features":[)"
-            R"({"type":"Feature","properties":{"name":"North, 40","yield":181.25,"passes":3},)"
-            R"("geometry":{"type":"Point","coordinates":[-96.5,40.25]}},)"
-            R"({"type":"Feature","properties":{"name":"South","yield":0.125,"passes":12},)"
-            R"("geometry":{"type":"Point","coordinates":[-95.123456,39.000001]}}]})");
-        const std::string sTarget = oDir.Path("points.csv");
-        const std::string sCommand =
-            "ogr2ogr -f CSV -lco GEOMETRY=AS_XY -lco LINEFORMAT=" + sLineFormat + " '" + sTarget +
-            "' '" + sSource + "' > /dev/null 2>&1";
-        if (std::system(sCommand.c_str()) != 0) return std::string();
-        return sTarget;
-    }
-
-    void ExpectPoints() {
-        oReader->SetHeaderRows(1);
-        ASSERT_EQ(oReader->AutoGenColumns(), Variant(true));
-        const auto oColumns = oReader->Columns();
-        ASSERT_EQ(oColumns->Count(), 3);
-        const auto oName = oColumns->Item("name");
-        const auto oYield = oColumns->Item("yield");
-        const auto oPasses = oColumns->Item("passes");
-        ASSERT_TRUE(oName && oYield && oPasses);
-
-        ASSERT_EQ(oReader->MoveFirst(), Variant(true));
+        const auto oColumns = Read(sTarget, ",", sLineFormat == "LF");
+        ASSERT_TRUE(oColumns->Item("name") && oColumns->Item("yield") && oColumns->Item("passes"));
         EXPECT_EQ(oReader->Longitude(), -96.5);
         EXPECT_EQ(oReader->Latitude(), 40.25);
-        EXPECT_EQ(oName->Value(), Variant("North, 40"));
-        EXPECT_EQ(TextToNumber(oYield->Text()), 181.25);
-        EXPECT_EQ(TextToNumber(oPasses->Text()), 3.0);
-
+        EXPECT_EQ(oColumns->Item("name")->Value(), Variant("North, 40"));
+        EXPECT_EQ(TextToNumber(oColumns->Item("yield")->Text()), 181.25);
         ASSERT_TRUE(oReader->MoveNext());
         EXPECT_EQ(oReader->Longitude(), -95.123456);
         EXPECT_EQ(oReader->Latitude(), 39.000001);
-        EXPECT_EQ(oName->Value(), Variant("South"));
-        EXPECT_EQ(TextToNumber(oYield->Text()), 0.125);
-        EXPECT_EQ(TextToNumber(oPasses->Text()), 12.0);
+        EXPECT_EQ(oColumns->Item("name")->Value(), Variant("South"));
+        EXPECT_EQ(TextToNumber(oColumns->Item("passes")->Text()), 12.0);
         EXPECT_FALSE(oReader->MoveNext());
-        EXPECT_TRUE(oCapture.vReports.empty());
     }
-};
-
-TEST_F(GdalCsvTest, CarriageReturnLineFeed) {
-    const std::string sPath = Convert("CRLF");
-    if (sPath.empty()) GTEST_SKIP() << "ogr2ogr is not available";
-    oReader->SetFilename(sPath);
-    ExpectPoints();
-}
-
-TEST_F(GdalCsvTest, LineFeedWithTheExtension) {
-    const std::string sPath = Convert("LF");
-    if (sPath.empty()) GTEST_SKIP() << "ogr2ogr is not available";
-    oReader->SetFilename(sPath);
-    oReader->SetLineFeedEndsLine(true);
-    ExpectPoints();
+    EXPECT_TRUE(oCapture.vReports.empty());
 }
 
 }  // namespace
