@@ -270,7 +270,12 @@ ExitCode Convert(InputOptions tInputOptions, const OutputOptions& t, Console& oC
     for (const fs::path& oFile : OutputFiles(sWritten, eOut, eType)) {
         std::error_code ec;
         nOutBytes += fs::file_size(oFile, ec);
-        sFiles += (sFiles.empty() ? oFile.string() : " " + oFile.extension().string());
+        if (sFiles.empty()) {
+            sFiles = oFile.string();
+        } else {
+            sFiles.push_back(' ');
+            sFiles += oFile.extension().string();
+        }
     }
     std::error_code ec;
     const std::uintmax_t nInBytes = fs::file_size(tInput.sPath, ec);

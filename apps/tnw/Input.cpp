@@ -102,7 +102,7 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
     } else {
         std::string sNames;
         for (std::int32_t l = 1; l <= lFields; ++l) {
-            sNames += (l > 1 ? "," : "") + std::string("Field") + std::to_string(l);
+            sNames.append(l > 1 ? ",Field" : "Field").append(std::to_string(l));
         }
         oDecoder->ColumnsFromString(sNames, ",");
     }

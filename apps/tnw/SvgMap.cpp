@@ -139,16 +139,21 @@ std::string PathData(const Shape& tShape, const Frame& tFrame, double dRadius) {
     for (const auto& vPart : tShape.vParts) {
         if (tShape.eKind == Shape::Kind::Point) {
             for (const XY& t : vPart) {
-                sPath += "M" + Num(tFrame.X(t.dX) - dRadius) + "," + Num(tFrame.Y(t.dY)) + "a" +
-                         Num(dRadius) + "," + Num(dRadius) + " 0 1,0 " + Num(2 * dRadius) + ",0a" +
-                         Num(dRadius) + "," + Num(dRadius) + " 0 1,0 " + Num(-2 * dRadius) + ",0";
+                // A circle as two arcs.
+                const std::string sR = Num(dRadius);
+                sPath.append("M").append(Num(tFrame.X(t.dX) - dRadius));
+                sPath.append(",").append(Num(tFrame.Y(t.dY)));
+                sPath.append("a").append(sR).append(",").append(sR).append(" 0 1,0 ");
+                sPath.append(Num(2 * dRadius)).append(",0a").append(sR).append(",").append(sR);
+                sPath.append(" 0 1,0 ").append(Num(-2 * dRadius)).append(",0");
             }
             continue;
         }
         bool bFirst = true;
         for (const XY& t : vPart) {
             if (!std::isfinite(t.dX) || !std::isfinite(t.dY)) continue;
-            sPath += (bFirst ? "M" : "L") + Num(tFrame.X(t.dX)) + "," + Num(tFrame.Y(t.dY));
+            sPath.append(bFirst ? "M" : "L").append(Num(tFrame.X(t.dX)));
+            sPath.append(",").append(Num(tFrame.Y(t.dY)));
             bFirst = false;
         }
         if (!bFirst && tShape.eKind == Shape::Kind::Polygon) sPath += "Z";
