@@ -6,7 +6,6 @@
 
 #include "ShapeTestSupport.h"
 #include "gislib/MemoryRecordSource.h"
-#include "gislib/Projection.h"
 #include "shapefile/tnwShapeEncoder.h"
 
 namespace tnw::test {
@@ -97,14 +96,6 @@ TEST_F(ImportFixture, ProgressEveryThousandRecords) {
     EXPECT_TRUE(capture.vReports.empty());
 }
 
-TEST_F(ImportFixture, NoCallbackNeverReadsTheCount) {
-    auto oSource = PointSource(3);
-    ASSERT_TRUE(encoder.ImportRS(Base(), oSource));
-    encoder.CloseFiles();
-    EXPECT_EQ(oSource->nCountReads, 0);
-    EXPECT_EQ(Records(), 3);
-}
-
 TEST_F(ImportFixture, NothingToImport) {
     EXPECT_FALSE(encoder.ImportRS(Base(), nullptr));
     EXPECT_TRUE(std::filesystem::is_empty(dir.Root()));
@@ -122,46 +113,6 @@ TEST_F(ImportFixture, ZeroRecordCountFailsAtTheThousandth) {
     EXPECT_EQ(capture.vReports[0].lNumber, 11);
     encoder.CloseFiles();
     EXPECT_EQ(Records(), 999);
-}
-
-TEST_F(ImportFixture, DropsTheProjectionAndSkipsMissingGeometry) {
-    encoder.SetProjection(
-        std::make_shared<standins::Projection>(standins::SpatialReference::WebMercator()));
-    auto oSource = PointSource(2);
-    oSource->m_oRows.AddRow({Variant(std::int32_t{2})}, nullptr);
-    oSource->m_oRows.AddRow({Variant(std::int32_t{3})}, MakePoint(3, 3));
-    ASSERT_TRUE(encoder.ImportRS(Base(), oSource));
-    EXPECT_EQ(encoder.Projection(), nullptr);
-    encoder.CloseFiles();
-    EXPECT_EQ(Records(), 3);
-    EXPECT_EQ(BigLong(ReadFile(Base() + ".shp"), 100 + 2 * 28), 3);
-
-    // A table-only set takes the record without a geometry as well.
-    auto oTableOnly = std::make_shared<CountingSource>(oSource->Columns(), 0);
-    oTableOnly->m_oRows.AddRow({Variant(std::int32_t{1})}, nullptr);
-    ASSERT_TRUE(encoder.ImportRS(Base(), oTableOnly));
-    encoder.CloseFiles();
-    EXPECT_EQ(Records(), 1);
-}
-
-TEST_F(ImportFixture, CentroidsMakeAPointSet) {
-    auto oColumns = NewColumns();
-    AddColumn(*oColumns, "N", vtInt32, 6);
-    auto oSource = std::make_shared<CountingSource>(oColumns, tnwGeometryRegion);
-    oSource->m_oRows.AddRow({Variant(std::int32_t{1})},
-                            MakePolygon({{{0, 0}, {0, 4}, {2, 4}, {2, 0}, {0, 0}}}));
-    oSource->m_oRows.AddRow({Variant(std::int32_t{2})},
-                            MakePolygon({{{10, 10}, {10, 12}, {12, 12}, {12, 10}, {10, 10}}}));
-    encoder.SetExportCentroids(true);
-    ASSERT_TRUE(encoder.ImportRS(Base(), oSource));
-    encoder.CloseFiles();
-    const std::string sShp = ReadFile(Base() + ".shp");
-    EXPECT_EQ(LittleLong(sShp, 32), 1);
-    EXPECT_EQ(LittleDouble(sShp, 100 + 12), 1.0);
-    EXPECT_EQ(LittleDouble(sShp, 100 + 20), 2.0);
-    EXPECT_EQ(LittleDouble(sShp, 128 + 12), 11.0);
-    EXPECT_EQ(LittleDouble(sShp, 128 + 20), 11.0);
-    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
 }
 
 }  // namespace

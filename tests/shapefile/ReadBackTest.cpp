@@ -92,48 +92,5 @@ TEST_F(ReadBackFixture, MultiPointSet) {
                   "MULTIPOINT ((3 1),(-1 5),(2 2))|'Three'|3.0|3|'Y'|'2003/03/03'|3.0|'y'\n");
 }
 
-TEST_F(ReadBackFixture, EmptySets) {
-    std::vector<std::string> vBases;
-    for (auto eType :
-         {tnwGeometryPoint, tnwGeometryMultiPoint, tnwGeometryLine, tnwGeometryRegion}) {
-        vBases.push_back(Base() + std::to_string(eType));
-        ASSERT_TRUE(encoder.Initialize(vBases.back(), oColumns, eType));
-        encoder.CloseFiles();
-    }
-    const CommandResult tCheck = CheckShapeSets(vBases);
-    EXPECT_EQ(tCheck.iStatus, 0) << tCheck.sOutput;
-    EXPECT_EQ(GdalDump(vBases.back() + ".shp").sOutput, Fields());
-}
-
-// Rings come out clockwise for exteriors and counter-clockwise for holes, whatever they came in.
-TEST_F(ReadBackFixture, PolygonAndLineSets) {
-    encoder.SetYOffset(1.0);
-    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryRegion));
-    Values("Field", 1.0, 1, true, DateSerial(2001, 1, 1), 1.0f, "p");
-    // Counter-clockwise exterior with a clockwise hole.
-    Write(MakePolygon(
-        {{{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 0}}, {{1, 1}, {1, 2}, {2, 2}, {2, 1}, {1, 1}}}));
-    encoder.CloseFiles();
-    CommandResult tCheck = CheckShapeSet(Base(), "--winding");
-    EXPECT_EQ(tCheck.iStatus, 0) << tCheck.sOutput;
-    EXPECT_EQ(GdalDump(Base() + ".shp").sOutput,
-              Fields() +
-                  "POLYGON ((0 1,0 5,4 5,4 1,0 1),(1 2,2 2,2 3,1 3,1 2))|'Field'|1.0|1|'Y'|"
-                  "'2001/01/01'|1.0|'p'\n");
-
-    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryLine));
-    Write(std::make_shared<standins::MultiLineString>(std::vector<std::shared_ptr<ILineString>>{
-        std::make_shared<standins::LineString>(std::vector<standins::Coordinate>{{0, 0}, {1, 1}}),
-        std::make_shared<standins::LineString>(
-            std::vector<standins::Coordinate>{{5, 5}, {6, 5}, {6, 7}})}));
-    encoder.CloseFiles();
-    tCheck = CheckShapeSet(Base());
-    EXPECT_EQ(tCheck.iStatus, 0) << tCheck.sOutput;
-    EXPECT_EQ(GdalDump(Base() + ".shp").sOutput,
-              Fields() +
-                  "MULTILINESTRING ((0 1,1 2),(5 6,6 6,6 8))|'Field'|1.0|1|'Y'|'2001/01/01'|1.0|"
-                  "'p'\n");
-}
-
 }  // namespace
 }  // namespace tnw::test

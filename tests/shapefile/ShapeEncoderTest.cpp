@@ -1,5 +1,5 @@
 // The file set of tnwShapeEncoder: names, creation and the "DBF Error" box, record routing and
-// bookkeeping, point and multipoint records, close-out, and driving it as an ItnwEncoder.
+// bookkeeping, point records, close-out, and the failure paths.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -57,16 +57,6 @@ void ExpectBox(const std::string& sFile, std::size_t n, double x0, double y0, do
     EXPECT_EQ(LittleDouble(sFile, n + 24), y1);
 }
 
-TEST(ShapeFormat, LongToBigEndian) {
-    char aBytes[4];
-    detail::LongToBigEndian(0x01020304, aBytes);
-    EXPECT_EQ(std::string(aBytes, 4), "\x01\x02\x03\x04");
-    detail::LongToBigEndian(std::numeric_limits<std::int32_t>::max(), aBytes);
-    EXPECT_EQ(std::string(aBytes, 4), "\x7F\xFF\xFF\xFF");
-    // A negative word can only be a wrapped offset or length.
-    EXPECT_THROW(detail::LongToBigEndian(-1, aBytes), Error);
-}
-
 TEST_F(SetFixture, BaseNames) {
     const std::vector<std::pair<std::string, std::string>> vNames = {
         {"a.shp", "a"}, {"a.dbf", "a"}, {"a", "a"}, {"a.data", "a.data"}, {"a.b.shx", "a.b"}};
@@ -97,17 +87,11 @@ TEST_F(SetFixture, GeometryTypeDecidesTheFiles) {
             EXPECT_EQ(LittleLong(Read(".shp"), 32), lShapeType);
         }
     }
-    // The property is untouched by Initialize; a new encoder's InitializeFile makes the table
-    // alone, and Initialize without a type makes polygons.
-    EXPECT_EQ(encoder.GeometryType(), 0);
-    tnwShapeEncoder fresh;
+    // Initialize without a type makes polygons.
     std::filesystem::remove_all(dir.Root());
     std::filesystem::create_directories(dir.Root());
-    ASSERT_TRUE(fresh.InitializeFile(Base(), oColumns));
-    fresh.CloseFiles();
-    EXPECT_FALSE(Exists(".shp"));
-    ASSERT_TRUE(fresh.Initialize(Base(), oColumns));
-    fresh.CloseFiles();
+    ASSERT_TRUE(encoder.Initialize(Base(), oColumns));
+    encoder.CloseFiles();
     EXPECT_EQ(LittleLong(Read(".shp"), 32), 5);
 }
 
@@ -178,64 +162,6 @@ TEST_F(SetFixture, StoredPointAndCentroids) {
     EXPECT_EQ(DbfRecords(), 4);
 }
 
-TEST_F(SetFixture, GeometryOfTheWrongKindWritesNothing) {
-    const auto oSquare = MakePolygon({{{0, 0}, {0, 2}, {2, 2}, {2, 0}, {0, 0}}});
-    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryRegion));
-    EXPECT_FALSE(Put(1, nullptr));
-    EXPECT_FALSE(encoder.Update2());
-    EXPECT_FALSE(Put(1, MakePoint(1, 1)));
-    encoder.SetExportCentroids(true);
-    EXPECT_FALSE(Put(1, oSquare));  // reduced to a point
-    encoder.SetExportCentroids(false);
-    EXPECT_TRUE(Put(1, oSquare));
-    encoder.CloseFiles();
-    EXPECT_EQ(DbfRecords(), 1);
-    EXPECT_EQ(BigLong(Read(".shp"), 24), 50 + 4 + 64);  // (44 + 4 + 80) / 2
-    EXPECT_EQ(CheckShapeSet(Base(), "--winding").iStatus, 0);
-    EXPECT_TRUE(capture.vReports.empty());
-}
-
-TEST_F(SetFixture, MultiPointRecords) {
-    encoder.SetXOffset(10.0);  // not applied to multipoints
-    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryMultiPoint));
-    EXPECT_TRUE(Put(1, MakeMultiPoint({{3, 1}, {-1, 5}, {2, 2}})));
-    EXPECT_TRUE(Put(2, MakeMultiPoint({{7, 8}})));
-    EXPECT_FALSE(Put(3, MakeMultiPoint({})));
-    EXPECT_FALSE(encoder.Update2());
-    EXPECT_FALSE(Put(3, MakePoint(1, 1)));  // not a multipoint: a failure of Update2
-    ASSERT_EQ(capture.vReports.size(), 1u);
-    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.Update2");
-    encoder.CloseFiles();
-
-    const std::string sShp = Read(".shp");
-    EXPECT_EQ(BigLong(sShp, 104), 44);
-    EXPECT_EQ(LittleLong(sShp, 108), 8);
-    ExpectBox(sShp, 112, -1, 1, 3, 5);
-    EXPECT_EQ(LittleLong(sShp, 144), 3);
-    EXPECT_EQ(LittleDouble(sShp, 148), 3.0);
-    EXPECT_EQ(LittleDouble(sShp, 164), -1.0);
-    EXPECT_EQ(LittleDouble(sShp, 180), 2.0);
-    const std::size_t nSecond = 100 + 8 + 88;
-    EXPECT_EQ(BigLong(sShp, nSecond), 2);
-    ExpectBox(sShp, nSecond + 12, 7, 8, 7, 8);
-    ExpectBox(sShp, 36, -1, 1, 7, 8);
-    EXPECT_EQ(DbfRecords(), 2);
-    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
-}
-
-TEST_F(SetFixture, TableOnlySetWritesEveryRecord) {
-    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, static_cast<tnwGeometryType>(0)));
-    EXPECT_TRUE(Put(1, nullptr));
-    EXPECT_TRUE(Put(2, MakePoint(1, 2)));
-    encoder.SetProjection(
-        std::make_shared<standins::Projection>(standins::SpatialReference::Wgs84()));
-    encoder.CloseFiles();
-    EXPECT_EQ(DbfRecords(), 2);
-    EXPECT_FALSE(Exists(".mcd"));
-    EXPECT_FALSE(Exists(".prj"));
-    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
-}
-
 TEST_F(SetFixture, ClosedEncoderFailsAtTheFirstWrite) {
     EXPECT_FALSE(Put(1, nullptr));
     ASSERT_EQ(capture.vReports.size(), 1u);
@@ -244,9 +170,6 @@ TEST_F(SetFixture, ClosedEncoderFailsAtTheFirstWrite) {
 
 TEST_F(SetFixture, ReplacesAnEarlierSetAndStartsAgain) {
     WriteFile(Base() + ".shp", std::string(5000, 'x'));
-    WriteFile(Base() + ".mcd", "old");
-    WriteFile(Base() + ".prj", "old");
-    AddColumn(*oColumns, "Hidden", vtDouble, 4, 0, false);
     encoder.SetProjection(
         std::make_shared<standins::Projection>(standins::SpatialReference::WebMercator()));
     for (int iSet = 0; iSet < 2; ++iSet) {
@@ -258,8 +181,7 @@ TEST_F(SetFixture, ReplacesAnEarlierSetAndStartsAgain) {
         ExpectPoint(sShp, 0, 1, iSet, iSet);
         ExpectBox(sShp, 36, iSet, iSet, iSet, iSet);
         EXPECT_EQ(DbfRecords(), 1);
-        EXPECT_EQ(Read(".prj"), kPrj);
-        EXPECT_EQ(Read(".mcd"), "<Columns>\r\n" + oId->ToXML("  ") + "</Columns>\r\n");
+        EXPECT_EQ(Read(".prj"), kPrj);  // whatever the projection
     }
 }
 
@@ -295,34 +217,6 @@ TEST_F(SetFixture, DbfErrorBox) {
     // The failed set was finished and closed: a table with no fields, and no .shp.
     EXPECT_EQ(Read(".dbf").size(), 33u);
     EXPECT_FALSE(Exists(".shp"));
-}
-
-TEST_F(SetFixture, DrivenThroughItnwEncoder) {
-    ItnwEncoder& host = encoder;
-    EXPECT_FALSE(host.ChangeColumns(oColumns));  // no columns yet
-    ASSERT_TRUE(host.Initialize(dir.Path("t.shp"), oColumns));
-    EXPECT_FALSE(std::filesystem::exists(dir.Path("t.shp")));  // GeometryType 0: the table alone
-    EXPECT_EQ(host.Filename(), dir.Path("t"));
-    EXPECT_EQ(host.Columns(), oColumns);
-    host.SetGeometry(MakePoint(1, 2));
-    host.Update();
-    host.CloseFiles();
-    EXPECT_EQ(LittleLong(ReadFile(dir.Path("t.dbf")), 4), 1);
-
-    encoder.SetGeometryType(tnwGeometryPoint);
-    ASSERT_TRUE(host.Initialize(Base(), oColumns));
-    auto oSame = NewColumns();
-    AddColumn(*oSame, "Id", vtInt32, 4)->SetValue(std::int32_t{77});
-    auto oOther = NewColumns();
-    AddColumn(*oOther, "ID", vtInt32, 4);
-    EXPECT_FALSE(host.ChangeColumns(oOther));
-    EXPECT_TRUE(host.ChangeColumns(oSame));
-    EXPECT_EQ(encoder.Columns(), oSame);
-    host.SetGeometry(MakePoint(1, 2));
-    host.Update();
-    host.CloseFiles();
-    EXPECT_EQ(Read(".dbf").substr(32 + 32 + 1, 5), "   77");
-    ExpectPoint(Read(".shp"), 0, 1, 1, 2);
 }
 
 // Coordinates that are not finite numbers cannot be placed by any reader: the record is refused.

@@ -2,10 +2,7 @@
 // (the shapefile checker and a GDAL read-back).
 #pragma once
 
-#include <bit>
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,6 +10,7 @@
 #include "core/Component.h"
 #include "core/GISLib.h"
 #include "ogc_sf/Geometries.h"
+#include "platform/ByteOrder.h"
 #include "support/TestSupport.h"
 
 namespace tnw::test {
@@ -34,25 +32,20 @@ inline std::shared_ptr<IGeometry> MakePolygon(
 }
 
 // Fields of a file read back.
+inline const unsigned char* At(const std::string& s, std::size_t n) {
+    return reinterpret_cast<const unsigned char*>(s.data() + n);
+}
 inline std::int32_t BigLong(const std::string& s, std::size_t n) {
-    const auto* p = reinterpret_cast<const unsigned char*>(s.data() + n);
-    return static_cast<std::int32_t>(std::uint32_t{p[0]} << 24 | std::uint32_t{p[1]} << 16 |
-                                     std::uint32_t{p[2]} << 8 | std::uint32_t{p[3]});
+    return static_cast<std::int32_t>(platform::GetBE32(At(s, n)));
 }
 inline std::int32_t LittleLong(const std::string& s, std::size_t n) {
-    const auto* p = reinterpret_cast<const unsigned char*>(s.data() + n);
-    return static_cast<std::int32_t>(std::uint32_t{p[3]} << 24 | std::uint32_t{p[2]} << 16 |
-                                     std::uint32_t{p[1]} << 8 | std::uint32_t{p[0]});
+    return static_cast<std::int32_t>(platform::GetLE32(At(s, n)));
 }
 inline std::int32_t LittleShort(const std::string& s, std::size_t n) {
-    const auto* p = reinterpret_cast<const unsigned char*>(s.data() + n);
-    return static_cast<std::int16_t>(p[0] | p[1] << 8);
+    return static_cast<std::int16_t>(platform::GetLE16(At(s, n)));
 }
 inline double LittleDouble(const std::string& s, std::size_t n) {
-    std::uint64_t u = 0;
-    for (int i = 7; i >= 0; --i)
-        u = u << 8 | static_cast<unsigned char>(s[n + i]);
-    return std::bit_cast<double>(u);
+    return platform::GetLEDouble(At(s, n));
 }
 
 // GDAL's reading of a set (with the system Python, which has the GDAL bindings): a line of field
