@@ -195,7 +195,10 @@ void LineToPoints(const FlattenSettings& tSettings, PartAccumulators& tAcc,
         const std::int32_t lCount = tLine.NumPoints();
         for (std::int32_t i = 0; i < lCount; ++i) {
             const auto oVertex = tLine.Point(i);
-            AddFactoryPoint(tSettings, tAcc, Need(oVertex).X(), oVertex->Y());
+            // In this order: arguments of one call may be evaluated in any order.
+            const double dX = Need(oVertex).X();
+            const double dY = oVertex->Y();
+            AddFactoryPoint(tSettings, tAcc, dX, dY);
         }
         ++tAcc.lPartIndex;
     });
