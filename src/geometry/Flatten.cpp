@@ -46,6 +46,9 @@ void AddPoint(PartAccumulators& tAcc, std::shared_ptr<IPoint> oPoint) {
     const double dY = oPoint->Y();
     tAcc.oPoints->Add(std::move(oPoint));
     GrowBox(tAcc.tBox, dX, dY);
+    // The record writer takes the coordinates from here rather than asking each point again.
+    tAcc.vXY.push_back(dX);
+    tAcc.vXY.push_back(dY);
 }
 
 // The output point of the general path and of lines: made by the factory at the vertex plus
@@ -95,9 +98,17 @@ void AddParts(PartAccumulators& tAcc, std::int64_t& lTotal, std::int64_t lMore) 
 
 }  // namespace
 
-PartAccumulators::PartAccumulators()
-    : oPoints(CreateAs<tnwPointList>(kProgIdPointList, "Missing Component")) {
+void PartAccumulators::Start() {
+    oPoints = CreateAs<tnwPointList>(kProgIdPointList, "Missing Component");
     ResetBox(tBox);
+    vParts.clear();
+    lPartIndex = 0;
+    vXY.clear();
+}
+
+void PartAccumulators::Release() {
+    oPoints.reset();
+    vXY.clear();
 }
 
 bool IsClockwise(const std::shared_ptr<ILineString>& oRing) {

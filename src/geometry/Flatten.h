@@ -25,15 +25,20 @@ struct FlattenSettings {
     std::shared_ptr<tnwGISFactory> oFactory;  // the encoder's point factory
 };
 
-// One record's accumulators, started afresh for each record. Making them raises error 429
-// when no point list can be created.
+// One record's accumulators. A writer keeps one set and starts it afresh for each record; the
+// vectors keep their storage, so that steady writing allocates nothing for them.
 struct PartAccumulators {
     ShapeBox tBox;                          // ResetBox at the start
     std::shared_ptr<tnwPointList> oPoints;  // a new, empty list
     std::vector<std::int32_t> vParts;       // index in oPoints where each part starts
     std::int32_t lPartIndex = 0;            // next free slot of vParts
+    std::vector<double> vXY;                // X and Y of each point added to oPoints, in order
 
-    PartAccumulators();
+    // Starts a record: a new, empty point list (error 429 when none can be created), the box
+    // reset, no parts and no points.
+    void Start();
+    // Lets go of the record's points, so that nothing of a geometry stays between records.
+    void Release();
 };
 
 // True when the ring runs clockwise (X right, Y up), judged at its lowest-then-leftmost vertex.

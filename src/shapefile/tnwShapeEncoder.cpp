@@ -304,10 +304,11 @@ std::int32_t tnwShapeEncoder::WritePolygon(const std::shared_ptr<IGeometry>& oGe
     std::int32_t lWords = 0;
     Guard(kSourceWritePolygon, [&] {
         if (!oGeometry) return;
-        detail::PartAccumulators tAcc;
+        m_tParts.Start();
         const detail::FlattenSettings tSettings{m_oProjection, m_dXOffset, m_dYOffset, m_oFactory};
-        lWords = StagePartsRecord(tAcc, detail::GatherPolygons(tSettings, tAcc, oGeometry));
+        lWords = StagePartsRecord(m_tParts, detail::GatherPolygons(tSettings, m_tParts, oGeometry));
     });
+    m_tParts.Release();
     return lWords;
 }
 
@@ -315,10 +316,11 @@ std::int32_t tnwShapeEncoder::WritePolyLine(const std::shared_ptr<IGeometry>& oG
     std::int32_t lWords = 0;
     Guard(kSourceWritePolyLine, [&] {
         if (!oGeometry) return;
-        detail::PartAccumulators tAcc;
+        m_tParts.Start();
         const detail::FlattenSettings tSettings{m_oProjection, m_dXOffset, m_dYOffset, m_oFactory};
-        lWords = StagePartsRecord(tAcc, detail::GatherLines(tSettings, tAcc, oGeometry));
+        lWords = StagePartsRecord(m_tParts, detail::GatherLines(tSettings, m_tParts, oGeometry));
     });
+    m_tParts.Release();
     return lWords;
 }
 
@@ -326,7 +328,9 @@ std::int32_t tnwShapeEncoder::StagePartsRecord(const detail::PartAccumulators& t
                                                std::int32_t lParts) {
     if (lParts < 1) return 0;
     const std::int32_t lPoints = tAcc.oPoints->Count();
-    if (lPoints < 0 || tAcc.vParts.size() < static_cast<std::size_t>(lParts)) Raise(errSubscript);
+    if (lPoints < 0 || tAcc.vParts.size() < static_cast<std::size_t>(lParts) ||
+        tAcc.vXY.size() != 2 * static_cast<std::size_t>(lPoints))
+        Raise(errSubscript);
     const std::int64_t lBytes = 44 + 4LL * lParts + 16LL * lPoints;
     char* aContent = StageRecord(lBytes);
     detail::PutLong(aContent, m_tShpHeader.lShapeType);
@@ -336,12 +340,11 @@ std::int32_t tnwShapeEncoder::StagePartsRecord(const detail::PartAccumulators& t
     char* aPart = aContent + 44;
     for (std::int32_t i = 0; i < lParts; ++i, aPart += 4)
         detail::PutLong(aPart, tAcc.vParts[i]);
+    // The points' coordinates as the flattening read them when it added the points.
     char* aPoint = aPart;
-    for (std::int32_t i = 0; i < lPoints; ++i, aPoint += 16) {
-        const auto oPoint = tAcc.oPoints->Item(i);
-        if (!oPoint) Raise(errObjectNotSet);
-        const double x = oPoint->X();
-        const double y = oPoint->Y();
+    for (std::size_t i = 0; i < tAcc.vXY.size(); i += 2, aPoint += 16) {
+        const double x = tAcc.vXY[i];
+        const double y = tAcc.vXY[i + 1];
         RequireFinite(x, y);
         detail::PutDouble(aPoint, x);
         detail::PutDouble(aPoint + 8, y);

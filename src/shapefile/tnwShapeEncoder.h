@@ -16,15 +16,12 @@
 #include "core/Enums.h"
 #include "core/GISLib.h"
 #include "core/ItnwEncoder.h"
+#include "geometry/Flatten.h"
 #include "platform/File.h"
 #include "shapefile/DbfWriter.h"
 #include "shapefile/ShapeFormat.h"
 
 namespace tnw {
-
-namespace detail {
-struct PartAccumulators;
-}
 
 class tnwShapeEncoder final : public ItnwEncoder {
 public:
@@ -156,6 +153,7 @@ private:
     std::vector<char> m_aShpRecord;
     std::string m_sDbfRecord;
     std::string m_sFieldText;
+    detail::PartAccumulators m_tParts;  // the polygon or polyline record under way
 };
 
 }  // namespace tnw
