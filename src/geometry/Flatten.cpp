@@ -60,32 +60,153 @@ void AddFactoryPoint(const FlattenSettings& tSettings, PartAccumulators& tAcc, d
                                     AddOffset(dY, tSettings.dYOffset), tSettings.oProjection));
 }
 
-// Appends a polygon's rings in the shapefile winding: the exterior ring clockwise, each
-// interior ring counter-clockwise. fnCopyVertex(ring, i) appends vertex i of a ring; the two
-// polygon paths differ only there.
+// Copies the lCount vertices of a ring, forward or in reverse, with fnCopyVertex(i), then
+// counts the ring as finished.
 template <class CopyVertex>
-void AppendPolygon(PartAccumulators& tAcc, const IPolygon& tPolygon, CopyVertex&& fnCopyVertex) {
-    const auto copyRing = [&](const std::shared_ptr<ILineString>& oRing, bool bForward) {
-        const std::int32_t lCount = Need(oRing).NumPoints();
-        if (bForward) {
-            for (std::int32_t i = 0; i < lCount; ++i)
-                fnCopyVertex(*oRing, i);
-        } else {
-            for (std::int32_t i = lCount - 1; i >= 0; --i)
-                fnCopyVertex(*oRing, i);
-        }
-        ++tAcc.lPartIndex;
-    };
+void CopyRing(PartAccumulators& tAcc, std::int32_t lCount, bool bForward,
+              CopyVertex&& fnCopyVertex) {
+    if (bForward) {
+        for (std::int32_t i = 0; i < lCount; ++i)
+            fnCopyVertex(i);
+    } else {
+        for (std::int32_t i = lCount - 1; i >= 0; --i)
+            fnCopyVertex(i);
+    }
+    ++tAcc.lPartIndex;
+}
 
+// Appends a polygon's rings in the shapefile winding: the exterior ring clockwise, each
+// interior ring counter-clockwise. fnAppendRing(ring, bExterior) judges and copies one ring;
+// the two polygon paths differ only there.
+template <class AppendRing>
+void AppendPolygon(PartAccumulators& tAcc, const IPolygon& tPolygon, AppendRing&& fnAppendRing) {
     StartPart(tAcc);
-    const auto oExterior = tPolygon.ExteriorRing();
-    copyRing(oExterior, IsClockwise(oExterior));
+    fnAppendRing(tPolygon.ExteriorRing(), true);
     const std::int32_t lInteriors = tPolygon.NumInteriorRings();
     for (std::int32_t j = 0; j < lInteriors; ++j) {
         StartPart(tAcc);
-        const auto oInterior = tPolygon.InteriorRing(j);
-        copyRing(oInterior, !IsClockwise(oInterior));
+        fnAppendRing(tPolygon.InteriorRing(j), false);
     }
+}
+
+// The winding rule, over a ring read through Count() and Vertex(i), whose X() and Y() give the
+// vertex's coordinates. Vertex 0 is read before the count, so an empty ring fails there.
+template <class Ring>
+bool JudgeClockwise(const Ring& tRing) {
+    // Copies of the first vertex at the end close the ring; they are no vertices of their own.
+    const auto oFirst = tRing.Vertex(0);
+    const double dFirstX = oFirst->X();
+    const double dFirstY = oFirst->Y();
+    std::int32_t lLast = tRing.Count();
+    if (lLast < 1) Raise(errSubscript);
+    for (;;) {
+        --lLast;
+        const auto oVertex = tRing.Vertex(lLast);
+        if (oVertex->X() != dFirstX || oVertex->Y() != dFirstY || lLast <= 2) break;
+    }
+
+    // The pivot: the lowest vertex, the leftmost of these, the first in ring order.
+    double dMinX = 999999999.0;
+    double dMinY = 999999999.0;
+    std::int32_t lMinIndex = 0;
+    for (std::int32_t i = 0; i <= lLast; ++i) {
+        const auto oVertex = tRing.Vertex(i);
+        const double dY = oVertex->Y();
+        if (dY > dMinY) continue;
+        if (dY < dMinY || oVertex->X() < dMinX) {
+            dMinX = oVertex->X();
+            lMinIndex = i;
+        }
+        dMinY = dY;
+    }
+
+    // The arc angle to the first vertex, stepping round the ring from the pivot, that is not
+    // at the pivot's place. When every vertex is there, no direction exists: the ring has no
+    // neighbour, which fails like a subscript past its end.
+    const auto angleToNeighbour = [&](bool bNext) {
+        std::int32_t lIndex = lMinIndex;
+        for (std::int32_t lStep = 0; lStep < lLast; ++lStep) {
+            if (bNext) {
+                lIndex = lIndex == lLast ? 0 : lIndex + 1;
+            } else {
+                lIndex = lIndex == 0 ? lLast : lIndex - 1;
+            }
+            const auto oVertex = tRing.Vertex(lIndex);
+            const double dX = oVertex->X();
+            const double dY = oVertex->Y();
+            if (dX != dMinX || dY != dMinY) return CallArcAngle(dMinX, dMinY, dX, dY);
+        }
+        Raise(errSubscript);
+    };
+    const double dAngleNext = angleToNeighbour(true);
+    const double dAnglePrev = angleToNeighbour(false);
+    return dAnglePrev < dAngleNext;
+}
+
+// A ring as its ILineString gives it: each vertex read anew.
+struct LineStringRing {
+    const std::shared_ptr<ILineString>& oLine;
+    std::int32_t Count() const { return oLine->NumPoints(); }
+    std::shared_ptr<IPoint> Vertex(std::int32_t lIndex) const {
+        auto oVertex = Need(oLine).Point(lIndex);
+        Need(oVertex);
+        return oVertex;
+    }
+};
+
+// A ring as the fast path has read it; never empty.
+struct BufferedRing {
+    const std::vector<RingVertex>& vVertices;
+    std::int32_t Count() const { return static_cast<std::int32_t>(vVertices.size()); }
+    const RingVertex* Vertex(std::int32_t lIndex) const {
+        return &vVertices[static_cast<std::size_t>(lIndex)];
+    }
+};
+
+// The winding rule under the error path: a failure is reported and gives false.
+template <class Ring>
+bool IsClockwiseRing(const Ring& tRing) {
+    bool bClockwise = false;
+    Guard(kSourceIsClockwise, [&] { bClockwise = JudgeClockwise(tRing); });
+    return bClockwise;
+}
+
+// Reads every vertex of the ring once, with its coordinates, into vRing. False when the ring
+// is missing or empty or a read fails: the caller then takes the path that reads vertex by
+// vertex, so that the failure is reported where it arises.
+bool ReadRing(std::vector<RingVertex>& vRing, const std::shared_ptr<ILineString>& oRing) {
+    vRing.clear();
+    try {
+        if (!oRing) return false;
+        const std::int32_t lCount = oRing->NumPoints();
+        if (lCount < 1) return false;
+        for (std::int32_t i = 0; i < lCount; ++i) {
+            auto oVertex = oRing->Point(i);
+            if (!oVertex) return false;
+            const double dX = oVertex->X();
+            const double dY = oVertex->Y();
+            vRing.push_back({dX, dY, std::move(oVertex)});
+        }
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+// A ring of the fast path: the vertices' own centroids go into the list.
+void FastAppendRing(PartAccumulators& tAcc, const std::shared_ptr<ILineString>& oRing,
+                    bool bExterior) {
+    if (ReadRing(tAcc.vRing, oRing)) {
+        const bool bForward = IsClockwiseRing(BufferedRing{tAcc.vRing}) == bExterior;
+        CopyRing(tAcc, BufferedRing{tAcc.vRing}.Count(), bForward, [&](std::int32_t i) {
+            AddPoint(tAcc, tAcc.vRing[static_cast<std::size_t>(i)].oVertex->Centroid());
+        });
+        tAcc.vRing.clear();
+        return;
+    }
+    const bool bForward = IsClockwise(oRing) == bExterior;
+    CopyRing(tAcc, Need(oRing).NumPoints(), bForward,
+             [&](std::int32_t i) { AddPoint(tAcc, Need(oRing->Point(i)).Centroid()); });
 }
 
 // Widens the running part total by lMore and gives vParts room for it.
@@ -104,68 +225,17 @@ void PartAccumulators::Start() {
     vParts.clear();
     lPartIndex = 0;
     vXY.clear();
+    vRing.clear();
 }
 
 void PartAccumulators::Release() {
     oPoints.reset();
     vXY.clear();
+    vRing.clear();
 }
 
 bool IsClockwise(const std::shared_ptr<ILineString>& oRing) {
-    bool bClockwise = false;
-    Guard(kSourceIsClockwise, [&] {
-        const ILineString& tRing = Need(oRing);
-
-        // Copies of the first vertex at the end close the ring; they are no vertices of their own.
-        const auto oFirst = tRing.Point(0);
-        const double dFirstX = Need(oFirst).X();
-        const double dFirstY = oFirst->Y();
-        std::int32_t lLast = tRing.NumPoints();
-        if (lLast < 1) Raise(errSubscript);
-        for (;;) {
-            --lLast;
-            const auto oVertex = tRing.Point(lLast);
-            if (Need(oVertex).X() != dFirstX || oVertex->Y() != dFirstY || lLast <= 2) break;
-        }
-
-        // The pivot: the lowest vertex, the leftmost of these, the first in ring order.
-        double dMinX = 999999999.0;
-        double dMinY = 999999999.0;
-        std::int32_t lMinIndex = 0;
-        for (std::int32_t i = 0; i <= lLast; ++i) {
-            const auto oVertex = tRing.Point(i);
-            const double dY = Need(oVertex).Y();
-            if (dY > dMinY) continue;
-            if (dY < dMinY || oVertex->X() < dMinX) {
-                dMinX = oVertex->X();
-                lMinIndex = i;
-            }
-            dMinY = dY;
-        }
-
-        // The arc angle to the first vertex, stepping round the ring from the pivot, that is
-        // not at the pivot's place. When every vertex is there, no direction exists: the ring
-        // has no neighbour, which fails like a subscript past its end.
-        const auto angleToNeighbour = [&](bool bNext) {
-            std::int32_t lIndex = lMinIndex;
-            for (std::int32_t lStep = 0; lStep < lLast; ++lStep) {
-                if (bNext) {
-                    lIndex = lIndex == lLast ? 0 : lIndex + 1;
-                } else {
-                    lIndex = lIndex == 0 ? lLast : lIndex - 1;
-                }
-                const auto oVertex = tRing.Point(lIndex);
-                const double dX = Need(oVertex).X();
-                const double dY = oVertex->Y();
-                if (dX != dMinX || dY != dMinY) return CallArcAngle(dMinX, dMinY, dX, dY);
-            }
-            Raise(errSubscript);
-        };
-        const double dAngleNext = angleToNeighbour(true);
-        const double dAnglePrev = angleToNeighbour(false);
-        bClockwise = dAnglePrev < dAngleNext;
-    });
-    return bClockwise;
+    return IsClockwiseRing(LineStringRing{oRing});
 }
 
 void PolygonToPoints(const FlattenSettings& tSettings, PartAccumulators& tAcc,
@@ -181,19 +251,22 @@ void PolygonToPoints(const FlattenSettings& tSettings, PartAccumulators& tAcc,
             oPolygon = std::dynamic_pointer_cast<IPolygon>(oProjected);
             if (oProjected && !oPolygon) Raise(errTypeMismatch);
         }
-        AppendPolygon(tAcc, Need(oPolygon), [&](const ILineString& tRing, std::int32_t i) {
-            // X and Y each through their own read of the vertex.
-            const double dX = Need(tRing.Point(i)).X();
-            const double dY = Need(tRing.Point(i)).Y();
-            AddFactoryPoint(tSettings, tAcc, dX, dY);
+        AppendPolygon(tAcc, Need(oPolygon), [&](const auto& oRing, bool bExterior) {
+            const bool bForward = IsClockwise(oRing) == bExterior;
+            CopyRing(tAcc, Need(oRing).NumPoints(), bForward, [&](std::int32_t i) {
+                // X and Y each through their own read of the vertex.
+                const double dX = Need(oRing->Point(i)).X();
+                const double dY = Need(oRing->Point(i)).Y();
+                AddFactoryPoint(tSettings, tAcc, dX, dY);
+            });
         });
     });
 }
 
 void FastPolygonToPoints(PartAccumulators& tAcc, const std::shared_ptr<IPolygon>& oPolygon) {
     Guard(kSourceFastPolygonToPoints, [&] {
-        AppendPolygon(tAcc, Need(oPolygon), [&](const ILineString& tRing, std::int32_t i) {
-            AddPoint(tAcc, Need(tRing.Point(i)).Centroid());
+        AppendPolygon(tAcc, Need(oPolygon), [&](const auto& oRing, bool bExterior) {
+            FastAppendRing(tAcc, oRing, bExterior);
         });
     });
 }

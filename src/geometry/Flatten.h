@@ -25,6 +25,16 @@ struct FlattenSettings {
     std::shared_ptr<tnwGISFactory> oFactory;  // the encoder's point factory
 };
 
+// A ring vertex as the fast polygon path reads it, once, with its coordinates.
+struct RingVertex {
+    double dX = 0.0;
+    double dY = 0.0;
+    std::shared_ptr<IPoint> oVertex;
+
+    double X() const { return dX; }
+    double Y() const { return dY; }
+};
+
 // One record's accumulators. A writer keeps one set and starts it afresh for each record; the
 // vectors keep their storage, so that steady writing allocates nothing for them.
 struct PartAccumulators {
@@ -33,6 +43,7 @@ struct PartAccumulators {
     std::vector<std::int32_t> vParts;       // index in oPoints where each part starts
     std::int32_t lPartIndex = 0;            // next free slot of vParts
     std::vector<double> vXY;                // X and Y of each point added to oPoints, in order
+    std::vector<RingVertex> vRing;          // FastPolygonToPoints' reads of the ring at hand
 
     // Starts a record: a new, empty point list (error 429 when none can be created), the box
     // reset, no parts and no points.
