@@ -43,8 +43,10 @@ Variant tnwASCIIDecoder::AutoGenColumns(TNW_Encoders_AutoGenFlags /*eFlags: not 
 
 bool tnwASCIIDecoder::ColumnsFromString(const std::string& sHeader,
                                         const std::string& sDelimiterIn) {
-    FieldArray aNarrow;
-    ParseLine(platform::ToNarrow(sHeader), platform::ToNarrow(sDelimiterIn), aNarrow);
+    // The fields are views into the narrow header, which must outlive them.
+    const std::string sNarrow = platform::ToNarrow(sHeader);
+    LineFields aNarrow;
+    ParseLine(sNarrow, platform::ToNarrow(sDelimiterIn), aNarrow);
     FieldArray aHeaders;
     if (aNarrow.HasSize()) {
         aHeaders.Resize(0);

@@ -16,4 +16,15 @@ void FieldArray::Resize(std::size_t nFields) {
     m_bSized = true;
 }
 
+void LineFields::RaiseSubscript() {
+    Raise(errSubscript);
+}
+
+void LineFields::Resize(std::size_t nFields) {
+    // Grown before any view is taken into them: a view into a text that moves would dangle.
+    if (m_vTexts.size() < nFields) m_vTexts.resize(nFields);
+    m_vFields.assign(nFields, std::string_view());
+    m_bSized = true;
+}
+
 }  // namespace tnw

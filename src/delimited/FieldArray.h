@@ -1,9 +1,11 @@
-// The fields of one parsed line, as an array of strings with lower bound 0.
+// The fields of one parsed line: as an array of strings with lower bound 0, and as views into
+// the line for the reader's own use.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tnw {
@@ -44,14 +46,54 @@ public:
         m_bSized = true;
         return sField;
     }
-    // Field nIndex for filling; nIndex must be below the size.
-    std::string& At(std::size_t nIndex) { return m_vFields[nIndex]; }
 
 private:
     [[noreturn]] static void RaiseSubscript();
 
     std::vector<std::string> m_vFields;  // m_nCount in use, the rest kept for reuse
     std::size_t m_nCount = 0;
+    bool m_bSized = false;
+};
+
+// The fields of the line at hand as views: into the line itself where a field is a piece of
+// it, else into texts kept here. The views hold only while the line and this object stay as
+// they are. Sizes and errors as in FieldArray.
+class LineFields {
+public:
+    bool HasSize() const { return m_bSized; }
+    std::int32_t UBound() const {
+        if (!m_bSized) RaiseSubscript();
+        return static_cast<std::int32_t>(m_vFields.size()) - 1;
+    }
+    std::string_view Item(std::int32_t lIndex) const {
+        if (!m_bSized || lIndex < 0 || static_cast<std::size_t>(lIndex) >= m_vFields.size()) {
+            RaiseSubscript();
+        }
+        return m_vFields[static_cast<std::size_t>(lIndex)];
+    }
+
+    // Back to no size.
+    void Clear() {
+        m_bSized = false;
+        m_vFields.clear();
+    }
+    // nFields empty fields.
+    void Resize(std::size_t nFields);
+    // A new last field.
+    void Append(std::string_view sField) {
+        m_vFields.push_back(sField);
+        m_bSized = true;
+    }
+    // Field nIndex, below the size.
+    void Set(std::size_t nIndex, std::string_view sField) { m_vFields[nIndex] = sField; }
+    // A text of field nIndex's own, for a field that is no piece of the line; below the size.
+    std::string& Text(std::size_t nIndex) { return m_vTexts[nIndex]; }
+
+private:
+    [[noreturn]] static void RaiseSubscript();
+
+    std::vector<std::string_view> m_vFields;
+    std::vector<std::string> m_vTexts;  // at least as many as fields, kept for reuse
     bool m_bSized = false;
 };
 

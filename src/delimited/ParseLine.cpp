@@ -27,11 +27,11 @@ std::string_view TrimBlanks(std::string_view sText) {
 }
 
 // Blanks off both ends, then one quote off the front and one off the back of what is left.
-void AssignField(std::string& sField, std::string_view sText) {
+std::string_view FieldOf(std::string_view sText) {
     sText = TrimBlanks(sText);
     if (!sText.empty() && sText.front() == '"') sText.remove_prefix(1);
     if (!sText.empty() && sText.back() == '"') sText.remove_suffix(1);
-    sField.assign(sText);
+    return sText;
 }
 
 }  // namespace
@@ -41,7 +41,7 @@ void tnwASCIIDecoder::RaiseInvalidCall() {
 }
 
 void tnwASCIIDecoder::ParseLine(std::string_view sLine, std::string_view sDelimiterIn,
-                                FieldArray& aFields) {
+                                LineFields& aFields) {
     // Built once: the source text is a heap string, and this runs for every line.
     static const std::string sSource = "tnwASCIIDecoder.ParseLine";
     aFields.Clear();
@@ -55,7 +55,7 @@ void tnwASCIIDecoder::ParseLine(std::string_view sLine, std::string_view sDelimi
 }
 
 void tnwASCIIDecoder::ParseDelimited(std::string_view sLine, std::string_view sDelimiterIn,
-                                     FieldArray& aFields) const {
+                                     LineFields& aFields) const {
     if (sLine.size() > kMaxDelimitedLine) Raise(errOverflow);
     aFields.Resize(0);
     if (sLine.empty()) return;
@@ -75,14 +75,14 @@ void tnwASCIIDecoder::ParseDelimited(std::string_view sLine, std::string_view sD
         if (!aSpecial[static_cast<unsigned char>(c)]) continue;
         if (c == '"') bInQuotes = !bInQuotes;
         if (c == kFieldEnd || (bOneCharacter && c == cDelimiter && !bInQuotes)) {
-            AssignField(aFields.Append(), sLine.substr(nStart, i - nStart));
+            aFields.Append(FieldOf(sLine.substr(nStart, i - nStart)));
             nStart = i + 1;
         }
     }
-    AssignField(aFields.Append(), sLine.substr(nStart));
+    aFields.Append(FieldOf(sLine.substr(nStart)));
 }
 
-void tnwASCIIDecoder::ParseFixedWidth(std::string_view sLine, FieldArray& aFields) const {
+void tnwASCIIDecoder::ParseFixedWidth(std::string_view sLine, LineFields& aFields) const {
     const auto& vColumns = oColumns->Items();
     aFields.Resize(vColumns.size());
     std::size_t nOffset = 0;
@@ -93,17 +93,17 @@ void tnwASCIIDecoder::ParseFixedWidth(std::string_view sLine, FieldArray& aField
         const std::size_t nSize = static_cast<std::size_t>(iSize);
         std::string_view sField =
             nOffset < sLine.size() ? sLine.substr(nOffset, nSize) : std::string_view();
-        std::string& sOut = aFields.At(i);
         if (iPrecision > 0 && sField.find('.') == std::string_view::npos) {
             // The decimal mark goes in by the column's width, not by what the line held.
             if (iPrecision > iSize) RaiseInvalidCall();
             const std::size_t nDecimals = static_cast<std::size_t>(iPrecision);
-            sOut.assign(sField.substr(0, nSize - nDecimals));
-            sOut += '.';
-            sOut.append(sField.substr(sField.size() - std::min(sField.size(), nDecimals)));
-            sOut.assign(TrimBlanks(sOut));
+            std::string& sText = aFields.Text(i);
+            sText.assign(sField.substr(0, nSize - nDecimals));
+            sText += '.';
+            sText.append(sField.substr(sField.size() - std::min(sField.size(), nDecimals)));
+            aFields.Set(i, TrimBlanks(sText));
         } else {
-            sOut.assign(TrimBlanks(sField));
+            aFields.Set(i, TrimBlanks(sField));
         }
         nOffset += nSize;
     }

@@ -174,12 +174,11 @@ void tnwASCIIDecoder::ReadRow() {
         // Columns past the end of a short row keep the previous row's values.
         if (lPosition < 1 || lPosition - 1 > m_aFields.UBound()) continue;
         if (oColumn->Kind() != 1 || !oColumn->Active()) continue;
-        const std::string& sField = m_aFields.Item(lPosition - 1);
+        const std::string_view sField = m_aFields.Item(lPosition - 1);
         if (oColumn->Type() == vtString) {
             const std::int16_t iSize = oColumn->Size();
             if (iSize < 0) RaiseInvalidCall();
-            oColumn->SetValue(Variant(
-                platform::FromNarrow(std::string_view(sField).substr(0, std::size_t(iSize)))));
+            oColumn->SetValue(Variant(platform::FromNarrow(sField.substr(0, std::size_t(iSize)))));
         } else {
             oColumn->SetValue(Variant(TextToNumber(sField)));
         }

@@ -100,10 +100,10 @@ private:
     void ReadRow();
     // Splits a narrow line into aFields: by sDelimiterIn when it isn't empty, else by the
     // widths of the columns. Failures go to the error path; aFields keeps what was built.
-    void ParseLine(std::string_view sLine, std::string_view sDelimiterIn, FieldArray& aFields);
+    void ParseLine(std::string_view sLine, std::string_view sDelimiterIn, LineFields& aFields);
     void ParseDelimited(std::string_view sLine, std::string_view sDelimiterIn,
-                        FieldArray& aFields) const;
-    void ParseFixedWidth(std::string_view sLine, FieldArray& aFields) const;
+                        LineFields& aFields) const;
+    void ParseFixedWidth(std::string_view sLine, LineFields& aFields) const;
     bool BuildColumns(const FieldArray& aHeaders);
 
     std::string sFilename;
@@ -139,7 +139,7 @@ private:
     std::int64_t lBytesRead = 0;
 
     bool m_bLineFeedEndsLine = false;
-    FieldArray m_aFields;    // the current row's fields, reused from line to line
+    LineFields m_aFields;    // the current row's fields, good until the next line is read
     std::string m_sSkipped;  // lines read and dropped
 };
 
