@@ -1,8 +1,10 @@
 // How one line of text becomes fields: delimited, with the quote-flipping rule, or fixed-width
 // by the widths of the columns.
 #include <algorithm>
-#include <array>
+#include <bit>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 #include "core/Error.h"
 #include "delimited/tnwASCIIDecoder.h"
@@ -17,6 +19,25 @@ constexpr std::size_t kMaxDelimitedLine = 32766;
 
 // Code 1 ends a field wherever it stands; delimiters outside quotes become it.
 constexpr char kFieldEnd = '\x01';
+
+// Eight characters as one number, the first in the lowest byte whatever the host's byte order.
+std::uint64_t EightCharacters(const char* p) {
+    std::uint64_t w = 0;
+    std::memcpy(&w, p, sizeof w);
+    if constexpr (std::endian::native == std::endian::big) w = __builtin_bswap64(w);
+    return w;
+}
+
+std::uint64_t EveryByte(char c) {
+    return 0x0101010101010101ULL * static_cast<unsigned char>(c);
+}
+
+// The high bit of each byte of w that equals the same byte of kBytes, and no other bit.
+std::uint64_t EqualBytes(std::uint64_t w, std::uint64_t kBytes) {
+    constexpr std::uint64_t kLow7 = 0x7F7F7F7F7F7F7F7FULL;
+    const std::uint64_t x = w ^ kBytes;  // 0 where they are equal
+    return ~(((x & kLow7) + kLow7) | x | kLow7);
+}
 
 std::string_view TrimBlanks(std::string_view sText) {
     while (!sText.empty() && sText.front() == ' ')
@@ -62,22 +83,33 @@ void tnwASCIIDecoder::ParseDelimited(std::string_view sLine, std::string_view sD
     // A delimiter of more than one character never equals one character of the line.
     const bool bOneCharacter = sDelimiterIn.size() == 1;
     const char cDelimiter = sDelimiterIn.front();
-    // Only the quote, code 1 and the delimiter need a closer look.
-    std::array<bool, 256> aSpecial{};
-    aSpecial[static_cast<unsigned char>('"')] = true;
-    aSpecial[static_cast<unsigned char>(kFieldEnd)] = true;
-    if (bOneCharacter) aSpecial[static_cast<unsigned char>(cDelimiter)] = true;
     // Any quote flips the flag, wherever it stands: there is no escape.
     bool bInQuotes = false;
     std::size_t nStart = 0;
-    for (std::size_t i = 0; i < sLine.size(); ++i) {
+    const auto look = [&](std::size_t i) {
         const char c = sLine[i];
-        if (!aSpecial[static_cast<unsigned char>(c)]) continue;
         if (c == '"') bInQuotes = !bInQuotes;
         if (c == kFieldEnd || (bOneCharacter && c == cDelimiter && !bInQuotes)) {
             aFields.Append(FieldOf(sLine.substr(nStart, i - nStart)));
             nStart = i + 1;
         }
+    };
+    // Only the quote, code 1 and the delimiter need a closer look: found eight characters at
+    // a time, each marked by the high bit of its byte.
+    const std::uint64_t kQuotes = EveryByte('"');
+    const std::uint64_t kFieldEnds = EveryByte(kFieldEnd);
+    const std::uint64_t kDelimiters = EveryByte(cDelimiter);
+    std::size_t i = 0;
+    for (; i + 8 <= sLine.size(); i += 8) {
+        const std::uint64_t w = EightCharacters(sLine.data() + i);
+        std::uint64_t m =
+            EqualBytes(w, kQuotes) | EqualBytes(w, kFieldEnds) | EqualBytes(w, kDelimiters);
+        for (; m != 0; m &= m - 1)
+            look(i + static_cast<std::size_t>(std::countr_zero(m)) / 8);
+    }
+    for (; i < sLine.size(); ++i) {
+        const char c = sLine[i];
+        if (c == '"' || c == kFieldEnd || c == cDelimiter) look(i);
     }
     aFields.Append(FieldOf(sLine.substr(nStart)));
 }
