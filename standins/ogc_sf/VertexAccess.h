@@ -38,8 +38,10 @@ void ForEachVertex(const ILineString& oLine, Fn&& fn) {
     }
     const std::int32_t lCount = oLine.NumPoints();
     for (std::int32_t i = 0; i < lCount; ++i) {
-        const IPoint& oPoint = Deref(oLine.Point(i));
-        fn(oPoint.X(), oPoint.Y());
+        // Another library's line may hand out a fresh point: hold it while it is read.
+        const std::shared_ptr<IPoint> oPoint = oLine.Point(i);
+        const IPoint& tPoint = Deref(oPoint);
+        fn(tPoint.X(), tPoint.Y());
     }
 }
 
