@@ -54,7 +54,7 @@ protected:
         tnwASCIIEncoder enc;
         enc.SetIncludeLonLat(bHas('L'));
         enc.SetIncludeInvisible(bHas('I'));
-        const std::string sBase = dir.Path("w" + std::to_string(++m_nFiles));
+        const std::string sBase = dir.Path(std::string("w").append(std::to_string(++m_nFiles)));
         EXPECT_TRUE(enc.Initialize(sBase, oList, bHas('H'), sDelimiter, bHas('G')));
         EXPECT_EQ(enc.Filename(), sBase + ".txt");
         for (const Line& tLine : vLines) {

@@ -183,8 +183,8 @@ TEST_F(DbfFixture, LimitsFailWithTheDbfErrorBox) {
         const std::string sBase = dir.Path("limit" + std::to_string(vFailed.size()));
         auto oMany = NewColumns();
         for (std::size_t i = 0; i < tCase.vFields.size(); ++i)
-            AddColumn(*oMany, "F" + std::to_string(i), vtDouble, tCase.vFields[i].first,
-                      tCase.vFields[i].second);
+            AddColumn(*oMany, std::string("F").append(std::to_string(i)), vtDouble,
+                      tCase.vFields[i].first, tCase.vFields[i].second);
         const bool bResult = encoder.InitializeFile(sBase, oMany);
         encoder.CloseFiles();
         if (tCase.nWritten < 0) {
