@@ -33,7 +33,7 @@ std::string_view TrimBlanks(std::string_view s) {
         ++nFirst;
     while (nEnd > nFirst && s[nEnd - 1] == ' ')
         --nEnd;
-    return s.substr(nFirst, nEnd - nFirst);
+    return {s.data() + nFirst, nEnd - nFirst};
 }
 
 bool IsDigits(std::string_view s) {
@@ -161,7 +161,7 @@ void tnwDBFDecoder::ReadFieldList() {
     m_oColumns = NewColumnList();
     m_sSchema.clear();
     m_vFields.clear();
-    m_vRecord.assign(1, '\0');
+    m_nRecordBytes = 1;
     // The header length is a signed 16-bit number, so this reads at most 1023 descriptors
     // whatever the file claims.
     unsigned char aDescriptor[kDescriptorSize];
@@ -215,11 +215,11 @@ void tnwDBFDecoder::AddField(const unsigned char* pDescriptor) {
     Field tField;
     tField.oColumn =
         m_oColumns->Add(sKey, "", "", lType, nWidth, iPrecision, lFlags, 1, 16, "", true, bActive);
-    tField.nOffset = static_cast<std::uint32_t>(m_vRecord.size());
+    tField.nOffset = static_cast<std::uint32_t>(m_nRecordBytes);
     tField.nWidth = nWidth;
     tField.lType = lType;
     m_vFields.push_back(std::move(tField));
-    m_vRecord.resize(m_vRecord.size() + nWidth);
+    m_nRecordBytes += nWidth;
 
     if (!m_sSchema.empty()) m_sSchema += '|';
     m_sSchema += sKey;
@@ -256,16 +256,17 @@ bool tnwDBFDecoder::MoveNext() {
         return false;
     }
 
-    // One read per record; the fields that arrived whole take their values even when the
-    // file ends inside the record, as reading field by field would leave them.
-    const std::size_t nRead = m_oFile.Read(m_vRecord.data(), m_vRecord.size());
+    // One read per record, taken where it lies in the file's buffer; the fields that arrived
+    // whole take their values even when the file ends inside the record, as reading field by
+    // field would leave them.
+    const std::string_view sRecord = m_oFile.ReadView(m_nRecordBytes);
     for (const Field& tField : m_vFields) {
-        if (tField.nOffset + tField.nWidth > nRead) break;
+        if (tField.nOffset + tField.nWidth > sRecord.size()) break;
         if (!tField.oColumn || !tField.oColumn->Active()) continue;
-        SetValue(tField, TrimBlanks(std::string_view(&m_vRecord[tField.nOffset], tField.nWidth)));
+        SetValue(tField, TrimBlanks({sRecord.data() + tField.nOffset, tField.nWidth}));
     }
-    if (nRead < m_vRecord.size()) Raise(errInputPastEnd, "tnwDelimAscii.MoveNext");
-    ReadGeometryFields();
+    if (sRecord.size() < m_nRecordBytes) Raise(errInputPastEnd, "tnwDelimAscii.MoveNext");
+    ReadGeometryFields(sRecord);
     return true;
 }
 
@@ -298,21 +299,21 @@ void tnwDBFDecoder::SetValue(const Field& tField, std::string_view sText) {
     }
 }
 
-std::string_view tnwDBFDecoder::FieldText(std::int32_t lField) const {
+std::string_view tnwDBFDecoder::FieldText(std::string_view sRecord, std::int32_t lField) const {
     if (lField < 1 || static_cast<std::size_t>(lField) > m_vFields.size()) {
         Raise(errSubscript, "tnwDelimAscii.MoveNext");
     }
     const Field& tField = m_vFields[static_cast<std::size_t>(lField - 1)];
-    return TrimBlanks(std::string_view(&m_vRecord[tField.nOffset], tField.nWidth));
+    return TrimBlanks({sRecord.data() + tField.nOffset, tField.nWidth});
 }
 
-void tnwDBFDecoder::ReadGeometryFields() {
+void tnwDBFDecoder::ReadGeometryFields(std::string_view sRecord) {
     m_dLongitude = 0.0;
     m_dLatitude = 0.0;
     m_sWKT.clear();
-    if (m_lLonCol > 0) m_dLongitude = TextToNumber(FieldText(m_lLonCol));
-    if (m_lLatCol > 0) m_dLatitude = TextToNumber(FieldText(m_lLatCol));
-    if (m_lWKTCol > 0) platform::AppendFromNarrow(m_sWKT, FieldText(m_lWKTCol));
+    if (m_lLonCol > 0) m_dLongitude = TextToNumber(FieldText(sRecord, m_lLonCol));
+    if (m_lLatCol > 0) m_dLatitude = TextToNumber(FieldText(sRecord, m_lLatCol));
+    if (m_lWKTCol > 0) platform::AppendFromNarrow(m_sWKT, FieldText(sRecord, m_lWKTCol));
 }
 
 bool tnwDBFDecoder::MoveToRecord(std::int32_t lRecord) {

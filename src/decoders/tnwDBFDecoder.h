@@ -73,8 +73,8 @@ private:
     void ReadFieldList();
     void AddField(const unsigned char* pDescriptor);
     void SetValue(const Field& tField, std::string_view sText);
-    void ReadGeometryFields();
-    std::string_view FieldText(std::int32_t lField) const;
+    void ReadGeometryFields(std::string_view sRecord);
+    std::string_view FieldText(std::string_view sRecord, std::int32_t lField) const;
 
     std::int32_t m_lRecordCount = 0;
     std::int16_t m_iHeaderLength = 0;
@@ -95,7 +95,7 @@ private:
     std::string m_sSchema;
 
     std::vector<Field> m_vFields;
-    std::vector<char> m_vRecord = std::vector<char>(1);  // the record under way, flag first
+    std::size_t m_nRecordBytes = 1;  // a record's bytes: the flag and the fields
 };
 
 }  // namespace tnw

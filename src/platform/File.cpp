@@ -194,11 +194,15 @@ bool InputFile::Fill() {
     if (m_iFd < 0) Raise(errBadFileNumber);
     if (m_nStart < m_nEnd) return true;
     m_nStart = m_nEnd = 0;
+    return ReadMore();
+}
+
+bool InputFile::ReadMore() {
     for (;;) {
-        ssize_t n = Sys().read(m_iFd, m_pBuffer.get(), kBufferSize);
+        ssize_t n = Sys().read(m_iFd, m_pBuffer.get() + m_nEnd, kBufferSize - m_nEnd);
         if (n < 0 && errno == EINTR) continue;
         if (n < 0) RaiseErrno(errno, "");
-        m_nEnd = static_cast<std::size_t>(n);
+        m_nEnd += static_cast<std::size_t>(n);
         return n > 0;
     }
 }
@@ -215,6 +219,34 @@ std::size_t InputFile::Read(void* pData, std::size_t nBytes) {
         nDone += n;
     }
     return nDone;
+}
+
+std::string_view InputFile::ReadView(std::size_t nBytes) {
+    if (nBytes > kBufferSize) {
+        m_sLongView.resize(nBytes);
+        return std::string_view(m_sLongView.data(), Read(m_sLongView.data(), nBytes));
+    }
+    if (m_nEnd - m_nStart < nBytes) {
+        if (m_iFd < 0) Raise(errBadFileNumber);
+        // What is left moves to the front of the buffer, and the rest is read in behind it.
+        std::memmove(m_pBuffer.get(), m_pBuffer.get() + m_nStart, m_nEnd - m_nStart);
+        m_nEnd -= m_nStart;
+        m_nStart = 0;
+        try {
+            while (m_nEnd < nBytes && ReadMore()) {
+            }
+        } catch (...) {
+            // As with Read: the bytes that came before the failure have been read.
+            m_lPosition += static_cast<std::int64_t>(m_nEnd - m_nStart);
+            m_nStart = m_nEnd;
+            throw;
+        }
+    }
+    const std::size_t n = std::min(nBytes, m_nEnd - m_nStart);
+    const std::string_view sView(m_pBuffer.get() + m_nStart, n);
+    m_nStart += n;
+    m_lPosition += static_cast<std::int64_t>(n);
+    return sView;
 }
 
 void InputFile::ReadExact(void* pData, std::size_t nBytes) {

@@ -102,6 +102,9 @@ public:
     std::size_t Read(void* pData, std::size_t nBytes);
     // Reads exactly nBytes; error 62 when the file ends first.
     void ReadExact(void* pData, std::size_t nBytes);
+    // Reads up to nBytes as Read does, but gives them where they lie instead of copying them
+    // out: the view holds until the next call on the file.
+    std::string_view ReadView(std::size_t nBytes);
     // Reads the next line into sLine (without its end); false at the end of the file.
     // nConsumed gets the bytes taken, the line end included.
     bool ReadLine(std::string& sLine, LineEnds eEnds, std::size_t& nConsumed);
@@ -113,10 +116,12 @@ public:
     static constexpr std::size_t kBufferSize = 1 << 16;
 
 private:
-    bool Fill();  // false when nothing more can be read
+    bool Fill();      // false when nothing more can be read
+    bool ReadMore();  // reads behind the valid bytes of the buffer; false at the end of the file
 
     int m_iFd = -1;
     std::unique_ptr<char[]> m_pBuffer;
+    std::string m_sLongView;   // ReadView's bytes when they are more than the buffer holds
     std::size_t m_nStart = 0;  // next unread byte in the buffer
     std::size_t m_nEnd = 0;    // end of the valid bytes in the buffer
     std::int64_t m_lPosition = 0;

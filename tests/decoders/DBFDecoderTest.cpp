@@ -336,6 +336,28 @@ TEST_F(DBFDecoderTest, LyingHeaders) {
         EXPECT_EQ(oReader.MoveFirst(), Variant(true));
         EXPECT_EQ(Value("B"), Variant("y"));
     }
+    {
+        SCOPED_TRACE("records wider than the reader's 64 KiB buffer");
+        std::vector<test::DbfField> vFields;
+        for (int i = 0; i < 300; ++i)
+            vFields.push_back({std::string("F").append(std::to_string(i)), 'C', 255});
+        DbfTable oTable(vFields);  // 76,501 bytes a record
+        std::vector<std::string> vTexts(300, "x");
+        for (const std::string sRow : {"first", "second"}) {
+            vTexts.front() = sRow;
+            vTexts.back() = sRow + " last";
+            oTable.Row(vTexts);
+        }
+        oTable.lRecordCount = 3;
+        Open(oTable);
+        ASSERT_EQ(oReader.MoveFirst(), Variant(true));
+        EXPECT_EQ(Value("F0"), Variant("first"));
+        EXPECT_EQ(Value("F299"), Variant("first last"));
+        ASSERT_TRUE(oReader.MoveNext());
+        EXPECT_EQ(Value("F0"), Variant("second"));
+        EXPECT_EQ(Value("F299"), Variant("second last"));
+        EXPECT_EQ(ErrorNumberOf([&] { oReader.MoveNext(); }), errInputPastEnd);
+    }
 }
 
 }  // namespace
