@@ -124,8 +124,11 @@ printf 'Rate,Rate,Rate_1,X,Y,Yield (bu/ac) wet,(ft),Speed ()\r\n1,2,3,4,5,6,7,8\
     >"$work/headers.txt"
 delimited duplicate_headers '\x08\x03\x00' "$work/headers.txt"
 # Lines of 32,766 and 32,767 characters: the longest that parses and the first that does not.
-python3 -c 'import sys; sys.stdout.write("a," * 16383 + "\r\n" + "b," * 16383 + "c\r\n9\r\n")' \
-    >"$work/long_lines.txt"
+# Cells of distinct numbers, so that a header made of them names no column twice.
+python3 -c '
+import sys
+line = ",".join(str(i) for i in range(8000))[:32766]
+sys.stdout.write(line + "\r\n" + line + "7\r\n9\r\n")' >"$work/long_lines.txt"
 delimited long_lines '\x00\x20\x00' "$work/long_lines.txt"
 
 # ---- Well-known text ----
