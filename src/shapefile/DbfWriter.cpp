@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 
 #include "core/Error.h"
 #include "core/NumberText.h"
 #include "core/SerialDate.h"
+#include "core/Text.h"
 #include "platform/CodePage.h"
 #include "shapefile/ShapeFormat.h"
 
@@ -28,20 +28,20 @@ std::int32_t FieldByte(std::int16_t iValue) {
     return iValue;
 }
 
-// Left-aligned: cut on the right, filled with blanks on the right.
-void AppendLeft(std::string& sRecord, std::string_view sText, std::size_t nSize) {
-    const std::size_t nAt = sRecord.size();
-    sRecord.resize(nAt + nSize, ' ');
-    std::memcpy(sRecord.data() + nAt, sText.data(), std::min(sText.size(), nSize));
+// Fits the text appended to sRecord from nAt to nSize bytes, right-aligned: cut on the left,
+// filled with blanks on the left.
+void FitRight(std::string& sRecord, std::size_t nAt, std::size_t nSize) {
+    const std::size_t nLength = sRecord.size() - nAt;
+    if (nLength < nSize) {
+        sRecord.insert(nAt, nSize - nLength, ' ');
+    } else {
+        sRecord.erase(nAt, nLength - nSize);
+    }
 }
 
-// Right-aligned: cut on the left, filled with blanks on the left.
-void AppendRight(std::string& sRecord, std::string_view sText, std::size_t nSize) {
-    const std::size_t nAt = sRecord.size();
-    const std::size_t nTaken = std::min(sText.size(), nSize);
+// The same, left-aligned: cut on the right, filled with blanks on the right.
+void FitLeft(std::string& sRecord, std::size_t nAt, std::size_t nSize) {
     sRecord.resize(nAt + nSize, ' ');
-    std::memcpy(sRecord.data() + nAt + nSize - nTaken, sText.data() + sText.size() - nTaken,
-                nTaken);
 }
 
 }  // namespace
@@ -106,31 +106,34 @@ void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
     tHeader.iRecordLength = static_cast<std::int16_t>(lRecordLength);
 }
 
-void WriteFieldValue(std::string& sRecord, std::string& sText, const tnwColumn& oColumn) {
+void WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn) {
     if (IsGeometryColumn(oColumn)) return;
     const auto nSize = static_cast<std::size_t>(FieldByte(oColumn.Size()));
     const Variant& vValue = oColumn.Value();
-    sText.clear();
+    // Each value's text goes straight into the record and is fitted to the field there.
+    const std::size_t nAt = sRecord.size();
     switch (oColumn.Type()) {
         case vtString:
             // A text value is its own text; other values take the column's.
             if (const std::string* pText = vValue.AsString()) {
-                platform::AppendNarrow(sText, *pText);
+                platform::AppendNarrow(sRecord, *pText);
             } else {
-                platform::AppendNarrow(sText, oColumn.Text());
+                platform::AppendNarrow(sRecord, oColumn.Text());
             }
-            AppendLeft(sRecord, sText, nSize);
+            FitLeft(sRecord, nAt, nSize);
             return;
         case vtBoolean:
-            AppendLeft(sRecord, vValue.EqualsTrue() ? "Y" : "N", nSize);
+            sRecord += vValue.EqualsTrue() ? 'Y' : 'N';
+            FitLeft(sRecord, nAt, nSize);
             return;
         case vtDate:
-            AppendRight(sRecord, FormatYYYYMMDD(vValue.ToDate()), nSize);
+            sRecord += FormatYYYYMMDD(vValue.ToDate());
+            FitRight(sRecord, nAt, nSize);
             return;
         default:
             // Never rounded to Precision: the number keeps the digits of its text.
-            AppendNumberText(sText, vValue);
-            AppendRight(sRecord, sText, nSize);
+            AppendNumberText(sRecord, vValue);
+            FitRight(sRecord, nAt, nSize);
             return;
     }
 }

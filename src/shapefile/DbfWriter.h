@@ -44,8 +44,7 @@ bool IsGeometryColumn(const tnwColumn& oColumn);
 void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
                           const tnwColumn& oColumn);
 
-// Appends the column's current value to sRecord, exactly Size bytes. sText is a work buffer
-// that callers keep from record to record.
-void WriteFieldValue(std::string& sRecord, std::string& sText, const tnwColumn& oColumn);
+// Appends the column's current value to sRecord, exactly Size bytes.
+void WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn);
 
 }  // namespace tnw::detail

@@ -152,7 +152,6 @@ private:
     // Work buffers kept from record to record, so that steady writing allocates nothing.
     std::vector<char> m_aShpRecord;
     std::string m_sDbfRecord;
-    std::string m_sFieldText;
     detail::PartAccumulators m_tParts;  // the polygon or polyline record under way
 };
 
