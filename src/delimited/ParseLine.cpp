@@ -47,12 +47,16 @@ std::string_view TrimBlanks(std::string_view sText) {
     return sText;
 }
 
-// Blanks off both ends, then one quote off the front and one off the back of what is left.
-std::string_view FieldOf(std::string_view sText) {
-    sText = TrimBlanks(sText);
-    if (!sText.empty() && sText.front() == '"') sText.remove_prefix(1);
-    if (!sText.empty() && sText.back() == '"') sText.remove_suffix(1);
-    return sText;
+// The field from pBegin to pEnd: blanks off both ends, then one quote off the front and one off
+// the back of what is left.
+std::string_view FieldOf(const char* pBegin, const char* pEnd) {
+    while (pBegin < pEnd && *pBegin == ' ')
+        ++pBegin;
+    while (pBegin < pEnd && pEnd[-1] == ' ')
+        --pEnd;
+    if (pBegin < pEnd && *pBegin == '"') ++pBegin;
+    if (pBegin < pEnd && pEnd[-1] == '"') --pEnd;
+    return {pBegin, static_cast<std::size_t>(pEnd - pBegin)};
 }
 
 }  // namespace
@@ -80,18 +84,19 @@ void tnwASCIIDecoder::ParseDelimited(std::string_view sLine, std::string_view sD
     if (sLine.size() > kMaxDelimitedLine) Raise(errOverflow);
     aFields.Resize(0);
     if (sLine.empty()) return;
-    // A delimiter of more than one character never equals one character of the line.
-    const bool bOneCharacter = sDelimiterIn.size() == 1;
-    const char cDelimiter = sDelimiterIn.front();
+    // A delimiter of more than one character never equals one character of the line: it
+    // splits nothing that code 1 does not split already.
+    const char cDelimiter = sDelimiterIn.size() == 1 ? sDelimiterIn.front() : kFieldEnd;
+    const char* const pLine = sLine.data();
+    const char* const pLineEnd = pLine + sLine.size();
     // Any quote flips the flag, wherever it stands: there is no escape.
     bool bInQuotes = false;
-    std::size_t nStart = 0;
-    const auto look = [&](std::size_t i) {
-        const char c = sLine[i];
-        if (c == '"') bInQuotes = !bInQuotes;
-        if (c == kFieldEnd || (bOneCharacter && c == cDelimiter && !bInQuotes)) {
-            aFields.Append(FieldOf(sLine.substr(nStart, i - nStart)));
-            nStart = i + 1;
+    const char* pStart = pLine;
+    const auto look = [&](const char* p) {
+        if (*p == '"') bInQuotes = !bInQuotes;
+        if (*p == kFieldEnd || (*p == cDelimiter && !bInQuotes)) {
+            aFields.Append(FieldOf(pStart, p));
+            pStart = p + 1;
         }
     };
     // Only the quote, code 1 and the delimiter need a closer look: found eight characters at
@@ -99,19 +104,18 @@ void tnwASCIIDecoder::ParseDelimited(std::string_view sLine, std::string_view sD
     const std::uint64_t kQuotes = EveryByte('"');
     const std::uint64_t kFieldEnds = EveryByte(kFieldEnd);
     const std::uint64_t kDelimiters = EveryByte(cDelimiter);
-    std::size_t i = 0;
-    for (; i + 8 <= sLine.size(); i += 8) {
-        const std::uint64_t w = EightCharacters(sLine.data() + i);
+    const char* p = pLine;
+    for (; pLineEnd - p >= 8; p += 8) {
+        const std::uint64_t w = EightCharacters(p);
         std::uint64_t m =
             EqualBytes(w, kQuotes) | EqualBytes(w, kFieldEnds) | EqualBytes(w, kDelimiters);
         for (; m != 0; m &= m - 1)
-            look(i + static_cast<std::size_t>(std::countr_zero(m)) / 8);
+            look(p + std::countr_zero(m) / 8);
     }
-    for (; i < sLine.size(); ++i) {
-        const char c = sLine[i];
-        if (c == '"' || c == kFieldEnd || c == cDelimiter) look(i);
+    for (; p < pLineEnd; ++p) {
+        if (*p == '"' || *p == kFieldEnd || *p == cDelimiter) look(p);
     }
-    aFields.Append(FieldOf(sLine.substr(nStart)));
+    aFields.Append(FieldOf(pStart, pLineEnd));
 }
 
 void tnwASCIIDecoder::ParseFixedWidth(std::string_view sLine, LineFields& aFields) const {
