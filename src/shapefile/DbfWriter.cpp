@@ -6,7 +6,6 @@
 #include "core/Error.h"
 #include "core/NumberText.h"
 #include "core/SerialDate.h"
-#include "core/Text.h"
 #include "platform/CodePage.h"
 #include "shapefile/ShapeFormat.h"
 
