@@ -1,3 +1,2 @@
-# Sources of src/encoders (target tnw_encoders), relative to this folder.
-set(tnw_sources
-    tnwASCIIEncoder.cpp)
+#Sources of src / encoders(target tnw_encoders), relative to this folder.
+set(tnw_sources tnwASCIIEncoder.cpp)

@@ -168,6 +168,7 @@ void tnwASCIIEncoder::BuildRecord() {
     for (const auto& oColumn : oColumns->Items()) {
         if (!IsWritten(*oColumn)) continue;
         AppendSeparator(bSeparator);
+        if (m_bBlankEmptyValues && oColumn->Value().IsEmpty()) continue;
         if (oColumn->Type() == vtString) {
             m_sLine += '"';
             platform::AppendNarrow(m_sLine, oColumn->Text());

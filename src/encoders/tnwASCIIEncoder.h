@@ -50,6 +50,10 @@ public:
     void SetIncludeLonLat(bool bIncludeLonLatIn) { bIncludeLonLat = bIncludeLonLatIn; }
     bool IncludeInvisible() const { return bIncludeInvisible; }
     void SetIncludeInvisible(bool bIncludeInvisibleIn) { bIncludeInvisible = bIncludeInvisibleIn; }
+    // Extension, off by default: an empty value is written as an empty cell, with no quotes,
+    // instead of " 0" or "", so that a reader sees it as missing.
+    bool BlankEmptyValues() const { return m_bBlankEmptyValues; }
+    void SetBlankEmptyValues(bool bBlank) { m_bBlankEmptyValues = bBlank; }
     // The name actually opened, ".txt" added where the given name had no extension.
     const std::string& Filename() const { return sFilename; }
 
@@ -83,6 +87,7 @@ private:
     bool bIncludeLonLat = false;
     std::string sFilename;
     bool bIncludeInvisible = false;
+    bool m_bBlankEmptyValues = false;
     std::string m_sLine;  // the line being built, reused so that records allocate nothing
 };
 
