@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Writers.h"
+#include "platform/CodePage.h"
 
 namespace tnw::cli {
 
@@ -123,6 +124,9 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
         tInputOptions.sDelimiter = ParseDelimiter(tInputOptions.sDelimiter);
     }
 
+    // Everything the tool writes is UTF-8 (a table says so in its .cpg), so no character of
+    // the input is lost whatever its code page.
+    platform::SetNarrowCodePage(platform::CodePage::Utf8);
     Input tInput = OpenInput(tInputOptions);
     const std::unique_ptr<RecordWriter> oWriter = tOut.fnNewWriter();
     CheckNotInput(tInput.sPath, *oWriter, t.sPath);

@@ -4,10 +4,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "FileKind.h"
 #include "bridge/tnwDecoderRecordSource.h"
+#include "platform/CodePage.h"
 
 namespace tnw::cli {
 
@@ -19,6 +22,8 @@ struct InputOptions {
     std::int32_t lLonCol = 0;  // 1-based field numbers; 0 for none
     std::int32_t lLatCol = 0;
     std::int32_t lWKTCol = 0;
+    std::string sEncoding;      // --encoding: "" to find it from the file
+    bool bKeepDeleted = false;  // --keep-deleted: a table's deleted records are read too
 };
 
 struct Input {
@@ -35,14 +40,22 @@ struct Input {
 Input OpenInput(const InputOptions& tOptions);
 
 // The openers of the kinds' rows. Text: the columns come from the last header row
-// (AutoGenColumns), or are named Field1, Field2... when there is none, and a lone line feed
-// ends a line. The column that holds the well-known text is hidden: the geometry carries it.
+// (AutoGenColumns), or are named Field1, Field2... when there is none, a lone line feed ends a
+// line, a byte-order mark is skipped, text columns are never cut, and the file is read as UTF-8
+// when it has a mark or is valid UTF-8 with bytes past ASCII. Tables: values are read
+// NULL-aware, deleted records are skipped, and the code page comes from the .cpg beside the
+// table, else from the language driver byte. --encoding overrides both. The column that holds
+// the well-known text is hidden: the geometry carries it.
 void OpenText(const InputOptions& tOptions, Input& tInput);
 void OpenTable(const InputOptions& tOptions, Input& tInput);
 
 // One delimiter character from what the user typed: a single character, or "tab", "\t",
 // "comma", "semicolon", "pipe", "space". Failure kExitUsage otherwise.
 std::string ParseDelimiter(const std::string& sText);
+
+// The code page of an encoding name: "utf-8", "1252" or "latin1" and their usual spellings,
+// case-insensitive; nothing for a name the tool doesn't know.
+std::optional<platform::CodePage> CodePageOfName(std::string_view sName);
 
 // Failure kExitInput unless sPath names a readable regular file.
 void RequireFile(const std::string& sPath);

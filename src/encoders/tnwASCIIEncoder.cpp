@@ -157,9 +157,11 @@ void tnwASCIIEncoder::BuildRecord() {
     if (bIncludeLonLat) {
         bSeparator = true;
         if (auto oPoint = std::dynamic_pointer_cast<IPoint>(oGeometry)) {
-            AppendNumberText(m_sLine, RoundHalfEven(oPoint->X(), kLonLatDecimals));
+            const double dX = oPoint->X();
+            const double dY = oPoint->Y();
+            AppendNumberText(m_sLine, m_bExactLonLat ? dX : RoundHalfEven(dX, kLonLatDecimals));
             platform::AppendNarrow(m_sLine, sDelimiter);
-            AppendNumberText(m_sLine, RoundHalfEven(oPoint->Y(), kLonLatDecimals));
+            AppendNumberText(m_sLine, m_bExactLonLat ? dY : RoundHalfEven(dY, kLonLatDecimals));
         } else {
             platform::AppendNarrow(m_sLine, sDelimiter);
         }

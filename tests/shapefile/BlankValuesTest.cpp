@@ -4,6 +4,7 @@
 
 #include "core/SerialDate.h"
 #include "encoders/tnwASCIIEncoder.h"
+#include "ogc_sf/Geometries.h"
 #include "shapefile/DbfWriter.h"
 #include "shapefile/tnwShapeEncoder.h"
 #include "support/TestSupport.h"
@@ -74,23 +75,29 @@ TEST_F(BlankValuesTest, CutColumnsOfTheLastRecord) {
     EXPECT_EQ(sTable.substr(sTable.size() - 25), " abc2345 abc        1.25\x1A");
 }
 
-// The text writer: an empty value is an empty cell, with no quotes, only when asked.
+// The text writer: an empty value is an empty cell, with no quotes, and a point keeps all its
+// digits, only when asked.
 TEST_F(BlankValuesTest, TextCells) {
     auto oName = AddColumn(*oColumns, "Name", vtString, 10);
     auto oRate = AddColumn(*oColumns, "Rate", vtDouble, 4);
-    for (bool bBlank : {false, true}) {
+    auto oPoint = std::make_shared<standins::Point>(-93.1234567890123, 42.00000005);
+    for (bool bFaithful : {false, true}) {
         tnwASCIIEncoder oEncoder;
-        oEncoder.SetBlankEmptyValues(bBlank);
+        oEncoder.SetBlankEmptyValues(bFaithful);
+        oEncoder.SetExactLonLat(bFaithful);
+        oEncoder.SetIncludeLonLat(true);
         ASSERT_TRUE(oEncoder.Initialize(oDir.Path("t.csv"), oColumns, false));
         oName->SetValue(Variant());
         oRate->SetValue(Variant());
+        oEncoder.SetGeometry(oPoint);
         ASSERT_TRUE(oEncoder.Update());
         oName->SetValue("a");
         oRate->SetValue(0.5);
         ASSERT_TRUE(oEncoder.Update());
         oEncoder.CloseFiles();
         EXPECT_EQ(ReadFile(oDir.Path("t.csv")),
-                  bBlank ? ",\r\n\"a\", .5\r\n" : "\"\", 0\r\n\"a\", .5\r\n");
+                  bFaithful ? "-93.1234567890123, 42.00000005,,\r\n,,\"a\", .5\r\n"
+                            : "-93.1234568, 42,\"\", 0\r\n,,\"a\", .5\r\n");
     }
 }
 
