@@ -117,10 +117,7 @@ bool WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn, bool bBlank
     const Variant& vValue = oColumn.Value();
     // Each value's text goes straight into the record and is fitted to the field there.
     const std::size_t nAt = sRecord.size();
-    if (bBlankEmpty && vValue.IsEmpty()) {
-        if (oColumn.Type() == vtBoolean) sRecord += '?';
-        return FitLeft(sRecord, nAt, nSize);
-    }
+    if (bBlankEmpty && vValue.IsEmpty()) return FitLeft(sRecord, nAt, nSize);
     switch (oColumn.Type()) {
         case vtString:
             // A text value is its own text; other values take the column's.

@@ -45,8 +45,7 @@ void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
                           const tnwColumn& oColumn);
 
 // Appends the column's current value to sRecord, exactly Size bytes. With bBlankEmpty an empty
-// value is a blank field ("?" for a logical, the mark of an unknown truth value). False when
-// the value's text did not fit and was cut.
+// value is a blank field. False when the value's text did not fit and was cut.
 bool WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn, bool bBlankEmpty = false);
 
 }  // namespace tnw::detail

@@ -61,8 +61,8 @@ public:
     // Must have its final value before InitializeFile: it decides the fields of the table.
     bool IncludeInvisible() const { return m_bIncludeInvisible; }
     void SetIncludeInvisible(bool bIncludeInvisible) { m_bIncludeInvisible = bIncludeInvisible; }
-    // Extension, off by default: an empty value is written as a blank field ("?" in a logical
-    // field) instead of " 0", "N" or an error, so that readers see it as missing.
+    // Extension, off by default: an empty value is written as a blank field instead of " 0",
+    // "N" or "18991230", so that readers see it as missing.
     bool BlankEmptyValues() const { return m_bBlankEmptyValues; }
     void SetBlankEmptyValues(bool bBlank) { m_bBlankEmptyValues = bBlank; }
     // The keys of the columns whose value did not fit its field in the last record staged for

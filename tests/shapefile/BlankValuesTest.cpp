@@ -31,7 +31,7 @@ TEST_F(BlankValuesTest, DbfFields) {
     const Case aCases[] = {
         {vtDouble, 5, Variant(), "    0", "     ", true},
         {vtString, 3, Variant(), "   ", "   ", true},
-        {vtBoolean, 1, Variant(), "N", "?", true},
+        {vtBoolean, 1, Variant(), "N", " ", true},
         {vtDate, 8, Variant(), "18991230", "        ", true},
         {vtDouble, 4, Variant(3.5), " 3.5", " 3.5", true},
         {vtDouble, 3, Variant(-3.5), "3.5", "3.5", false},
