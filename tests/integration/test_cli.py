@@ -163,8 +163,12 @@ class ConvertExamples(ToolCase):
         self.assertEqual([r[0] for r in records], [r[0] for r in rows])
 
     def test_kind_of_the_geometry_is_found_in_the_text_and_hidden_columns_can_be_kept(self):
-        self.convert_ok(self.example("boundaries.csv"), self.path("f.shp"), "--wkt-col", "3",
-                        "--include-invisible")
+        # The well-known text is longer than a dBase field: kept cut, named, and exit 1.
+        code, _, err = run("convert", self.example("boundaries.csv"), self.path("f.shp"),
+                           "--wkt-col", "3", "--include-invisible")
+        self.assertEqual(code, 1)
+        self.assertIn("record 1 of " + self.example("boundaries.csv") +
+                      ": the value of Boundary does not fit its field of 254 bytes", err)
         self.check_set(self.path("f"))
         self.assertEqual(read_shp(self.path("f.shp"))[0], 5)
         fields, records = read_dbf(self.path("f.dbf"))
@@ -401,7 +405,7 @@ class Info(ToolCase):
         self.assertIn("x %.7f to %.7f, y %.7f to %.7f" % (min(xs), max(xs), min(ys), max(ys)), out)
         self.assertIn("degrees", out)
         self.assertIn("Records:  3 ", out)
-        self.assertRegex(out, r"\n  Field +C 254\n  Area +N 16\.4\n  Crop +C 254\n")
+        self.assertRegex(out, r"\n  Field +C 254\n  Area +N 24\.15\n  Crop +C 254\n")
 
     def test_point_and_empty_sets(self):
         self.convert_ok(self.example("yield.csv"), self.path("y.shp"))
@@ -421,7 +425,7 @@ class Info(ToolCase):
         code, out, _ = run("info", self.path("table.dbf"))
         self.assertEqual(code, 0)
         self.assertIn("Records:  %d\n" % (len(example_rows("yield.csv")) - 1), out)
-        self.assertIn("Schema:   Yield~N~16~4~|Moisture~N~16~4~|Speed~N~16~4~|Elevation~N~16~4~|"
+        self.assertIn("Schema:   Yield~N~24~15~|Moisture~N~24~15~|Speed~N~24~15~|Elevation~N~24~15~|"
                       "Crop~C~254~0~\n", out)
 
     def test_text_columns_and_geometry(self):
