@@ -221,6 +221,7 @@ void OpenTable(const InputOptions& tOptions, Input& tInput) {
         throw Failure(kExitInput, "can't read " + tOptions.sPath + " as a dBase table");
     }
     SetGeometryFields(tOptions, oDecoder->Columns()->Count(), *oDecoder);
+    tInput.fnLostColumns = [pDecoder = oDecoder.get()] { return pDecoder->UnreadableColumns(); };
     tInput.eFormat = oDecoder->GeometryFormat();
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
 }

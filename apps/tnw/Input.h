@@ -3,10 +3,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "FileKind.h"
 #include "bridge/tnwDecoderRecordSource.h"
@@ -32,6 +34,9 @@ struct Input {
     std::shared_ptr<tnwDecoderRecordSource> oSource;
     TNW_Encoders_GeometryFormats eFormat = TNW_GeometryFormat_None;  // how records carry geometry
     std::shared_ptr<tnwASCIIDecoder> oText;  // the decoder of a text input, for what info tells
+    // The keys of the current record's columns whose text was no value of its type and was
+    // read as NULL; unset for a kind that reads every text it meets.
+    std::function<std::vector<std::string>()> fnLostColumns;
 };
 
 // Opens a file as a record source through its kind's row. Failures: kExitInput for a file that

@@ -269,6 +269,7 @@ bool tnwDBFDecoder::ReadRecord(bool bSkipDeleted) {
         const std::string_view sRecord = m_oFile.ReadView(m_nRecordBytes);
         m_bDeleted = !sRecord.empty() && sRecord.front() == '*';
         if (m_bDeleted && bSkipDeleted && sRecord.size() == m_nRecordBytes) continue;
+        m_vUnreadable.clear();
         for (const Field& tField : m_vFields) {
             if (tField.nOffset + tField.nWidth > sRecord.size()) break;
             if (!tField.oColumn || !tField.oColumn->Active()) continue;
@@ -363,6 +364,12 @@ void tnwDBFDecoder::SetNullAwareValue(const Field& tField, std::string_view sTex
                 vValue = Variant(TextToNumber(sText));
             break;
     }
+    // A blank, "?", a field of "*" and a date of zeros are NULLs as writers write them;
+    // anything else that gave no value was lost.
+    const bool bNullMark = sText.empty() || sText == "?" ||
+                           sText.find_first_not_of('*') == std::string_view::npos ||
+                           (tField.lType == vtDate && sText == "00000000");
+    if (vValue.IsEmpty() && !bNullMark) m_vUnreadable.push_back(oColumn.Key());
     oColumn.SetValue(std::move(vValue));
 }
 

@@ -73,6 +73,9 @@ public:
     void SetSkipDeleted(bool bSkip) { m_bSkipDeleted = bSkip; }
     // True when the current record is marked deleted.
     bool Deleted() const { return m_bDeleted; }
+    // NULL-aware only: the keys of the current record's columns whose field held a text that is
+    // no value of its type (not a blank or a NULL mark), so that a host can say what it lost.
+    const std::vector<std::string>& UnreadableColumns() const { return m_vUnreadable; }
     // The code page of the table's names and text; nothing means the process-wide one.
     std::optional<platform::CodePage> TextCodePage() const { return m_eTextCodePage; }
     void SetTextCodePage(std::optional<platform::CodePage> eCodePage) {
@@ -131,6 +134,7 @@ private:
     bool m_bNullAware = false;
     bool m_bSkipDeleted = false;
     bool m_bDeleted = false;
+    std::vector<std::string> m_vUnreadable;
     std::optional<platform::CodePage> m_eTextCodePage;
     std::uint8_t m_byLanguageDriver = 0;
 };

@@ -52,6 +52,14 @@ TEST_F(FaithfulDbfTest, DatesThatNameNoDay) {
             EXPECT_EQ(vValues[i], bNullAware ? Variant() : kMarch9th)
                 << aTexts[i - 1] << (bNullAware ? " NULL-aware" : "");
         }
+        // NULL-aware, every such text but the blank and "00000000" is named as lost.
+        std::vector<std::string> vLost;
+        for (bool b = oReader.MoveFirst() == Variant(true); b; b = oReader.MoveNext()) {
+            for (const std::string& sKey : oReader.UnreadableColumns())
+                vLost.push_back(oReader.CurrentRow() + sKey);
+        }
+        const std::vector<std::string> vExpected = {"3DAY", "4DAY", "5DAY", "6DAY"};
+        EXPECT_EQ(vLost, bNullAware ? vExpected : std::vector<std::string>());
     }
 }
 
