@@ -258,6 +258,7 @@ bool tnwDBFDecoder::ReadRecord(bool bSkipDeleted) {
     for (;;) {
         ++m_lCurrentRecord;
         m_bDeleted = false;
+        m_vUnreadable.clear();
         if (Eof()) {
             m_lCurrentRecord = static_cast<std::int64_t>(m_lRecordCount) + 1;
             return false;
@@ -269,7 +270,6 @@ bool tnwDBFDecoder::ReadRecord(bool bSkipDeleted) {
         const std::string_view sRecord = m_oFile.ReadView(m_nRecordBytes);
         m_bDeleted = !sRecord.empty() && sRecord.front() == '*';
         if (m_bDeleted && bSkipDeleted && sRecord.size() == m_nRecordBytes) continue;
-        m_vUnreadable.clear();
         for (const Field& tField : m_vFields) {
             if (tField.nOffset + tField.nWidth > sRecord.size()) break;
             if (!tField.oColumn || !tField.oColumn->Active()) continue;
