@@ -1,4 +1,5 @@
-// Registration of the stand-ins, the point list, the error handler and the arc angle.
+// Registration of the stand-ins, the point list, the text builder, the error handler and the
+// arc angle.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -10,6 +11,7 @@
 #include "core/Error.h"
 #include "core/GISLib.h"
 #include "core/Services.h"
+#include "core/StringBuilder.h"
 #include "gislib/GISFactory.h"
 #include "log/ErrorReports.h"
 #include "support/TestSupport.h"
@@ -26,6 +28,7 @@ TEST(StandIns, RegisteredProgramIdsMakeTheirObjects) {
               CreateAs<tnwPointList>("tnwGIS.tnwPointList", "x"));
     EXPECT_EQ(CreateAs<tnwFileUtility>("tnwGIS.tnwFileUtility", "x"), FileUtility());  // shared
     EXPECT_TRUE(CreateAs<ItnwErrorHandler>("tnwLog.tnwHandler", "x"));
+    EXPECT_TRUE(CreateAs<tnwStringBuilder>("tnwlib.tnwStringBuilder", "x"));
 
     // The arc angle is counter-clockwise from the x axis, in (-pi, pi].
     const double dPi = std::numbers::pi;
@@ -47,6 +50,29 @@ TEST(StandIns, PointListChecksIndexes) {
     EXPECT_EQ(test::ErrorNumberOf([&] { oList.Item(-1); }), errSubscript);
     EXPECT_EQ(test::ErrorNumberOf([&] { oList.Item(3); }), errSubscript);
     EXPECT_THROW(oList.Add(nullptr), Error);
+}
+
+// Pieces of every size, some longer than a block, come out whole and in order.
+TEST(StandIns, TextBuilderKeepsEveryPieceInOrder) {
+    RegisterStandIns();
+    auto oBuilder = CreateAs<tnwStringBuilder>("tnwlib.tnwStringBuilder", "x");
+    ASSERT_TRUE(oBuilder);
+    EXPECT_EQ(oBuilder->Text(), "");
+    std::string sExpected;
+    const std::size_t aSizes[] = {0, 1,         254,   255, 256, 1000, 70000, (1 << 20) + 3,
+                                  5, (2 << 20), 12345, 0,   7};
+    for (std::size_t n = 0; n < std::size(aSizes); ++n) {
+        const std::string sPiece(aSizes[n], static_cast<char>('a' + n));
+        if (n % 2) {
+            oBuilder->AppendLine(sPiece);
+            sExpected += sPiece + "\r\n";
+        } else {
+            oBuilder->Append(sPiece);
+            sExpected += sPiece;
+        }
+    }
+    ASSERT_GT(sExpected.size(), std::size_t{3} << 20);
+    EXPECT_EQ(oBuilder->Text(), sExpected);
 }
 
 TEST(StandIns, ErrorHandlerKeepsReportsAndAppendsToTheLogFile) {
