@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "ExitCodes.h"
+#include "ShapeFile.h"
 #include "core/Error.h"
 #include "ogc_sf/WKT.h"
 #include "platform/File.h"
@@ -128,6 +129,35 @@ void OpenTable(const InputOptions& tOptions, Input& tInput) {
     SetGeometryFields(tOptions, oDecoder->Columns()->Count(), *oDecoder);
     tInput.eFormat = oDecoder->GeometryFormat();
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
+}
+
+void OpenShapeSet(const InputOptions& tOptions, Input& tInput) {
+    if (tOptions.lLonCol > 0 || tOptions.lLatCol > 0 || tOptions.lWKTCol > 0) {
+        throw Failure(kExitUsage,
+                      "a shapefile set carries its own geometry; --lon-col, "
+                      "--lat-col and --wkt-col apply to text and dBase input");
+    }
+    auto oShapes = std::make_shared<ShapeGeometryReader>(tOptions.sPath);
+    std::string sTable;
+    for (const char* sExtension : {".dbf", ".DBF"}) {
+        const std::string sCandidate =
+            std::filesystem::path(tOptions.sPath).replace_extension(sExtension).string();
+        std::error_code ec;
+        if (std::filesystem::is_regular_file(sCandidate, ec)) sTable = sCandidate;
+    }
+    if (sTable.empty()) {
+        throw Failure(kExitInput, "there is no .dbf beside " + tOptions.sPath +
+                                      " to read the records' values from");
+    }
+    auto oTable = std::make_shared<tnwDBFDecoder>();
+    oTable->SetFilename(sTable);
+    if (!oTable->IsValidFile()) throw Failure(kExitInput, "can't read " + sTable);
+    tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oTable);
+    tInput.oSource->SetGeometryType(oShapes->GeometryType());
+    // Points go to text as longitude and latitude, other shapes as well-known text.
+    tInput.eFormat = oShapes->GeometryType() == tnwGeometryPoint ? TNW_GeometryFormat_LonLat
+                                                                 : TNW_GeometryFormat_WKT;
+    tInput.oSource->SetRowGeometry([oShapes](std::int64_t lRow) { return oShapes->Record(lRow); });
 }
 
 void RequireFile(const std::string& sPath) {
