@@ -153,6 +153,13 @@ void OpenShapeSet(const InputOptions& tOptions, Input& tInput) {
     oTable->SetFilename(sTable);
     if (!oTable->IsValidFile()) throw Failure(kExitInput, "can't read " + sTable);
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oTable);
+    const std::int64_t lRows = tInput.oSource->RecordCount();
+    if (lRows != oShapes->RecordCount()) {
+        throw Failure(kExitInput, tOptions.sPath + " holds " +
+                                      CountText(oShapes->RecordCount(), "record") + " and " +
+                                      sTable + " " + CountText(lRows, "row") +
+                                      "; a set's files must match");
+    }
     tInput.oSource->SetGeometryType(oShapes->GeometryType());
     // Points go to text as longitude and latitude, other shapes as well-known text.
     tInput.eFormat = oShapes->GeometryType() == tnwGeometryPoint ? TNW_GeometryFormat_LonLat

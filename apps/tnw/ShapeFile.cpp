@@ -264,7 +264,12 @@ std::shared_ptr<IGeometry> GeometryOf(const Shape& tShape, std::int32_t lShapeTy
 }
 
 ShapeGeometryReader::ShapeGeometryReader(std::string sPath)
-    : m_sPath(std::move(sPath)), m_pReader(std::make_unique<ShapeFileReader>(m_sPath)) {}
+    : m_sPath(std::move(sPath)), m_pReader(std::make_unique<ShapeFileReader>(m_sPath)) {
+    Shape tShape;
+    while (m_pReader->Next(tShape))
+        ++m_lCount;
+    m_pReader = std::make_unique<ShapeFileReader>(m_sPath);
+}
 
 std::int32_t ShapeGeometryReader::GeometryType() const {
     switch (m_pReader->ShapeType() % 10) {
@@ -282,20 +287,14 @@ std::int32_t ShapeGeometryReader::GeometryType() const {
 }
 
 std::shared_ptr<IGeometry> ShapeGeometryReader::Record(std::int64_t lRecord) {
-    if (!m_sDamage.empty()) throw Failure(kExitInput, m_sDamage);
     if (lRecord <= m_lRead) {
         m_pReader = std::make_unique<ShapeFileReader>(m_sPath);
         m_lRead = 0;
     }
     Shape tShape;
-    try {
-        while (m_lRead < lRecord) {
-            if (!m_pReader->Next(tShape)) return nullptr;  // the table has more rows
-            ++m_lRead;
-        }
-    } catch (const Failure& oFailure) {
-        m_sDamage = std::string(oFailure.what()) + "; the records after it are not read";
-        throw;
+    while (m_lRead < lRecord) {
+        if (!m_pReader->Next(tShape)) return nullptr;
+        ++m_lRead;
     }
     return GeometryOf(tShape, m_pReader->ShapeType());
 }

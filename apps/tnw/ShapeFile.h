@@ -57,11 +57,16 @@ private:
 // rings of a polygon record are sorted as the format means them: a clockwise ring is an outer
 // ring, a counter-clockwise one a hole of the smallest outer ring that holds its first vertex
 // (an outer ring itself when none does); a record of one ring is a polygon of that ring. Null
-// shapes give nothing. Records are read forward; asking for an earlier one reads the file again
-// from the top. Failure kExitInput for a damaged record and for every record after it.
+// shapes give nothing. The whole file is read through once when it is opened, so that damage
+// shows before anything is written from it. Records are then read forward; asking for an
+// earlier one reads the file again from the top.
 class ShapeGeometryReader {
 public:
+    // Failure kExitInput for a file that is not a shapefile or has a damaged record.
     explicit ShapeGeometryReader(std::string sPath);
+    std::int64_t RecordCount() const { return m_lCount; }
+    // Nothing past the last record. Failure kExitInput when the file changed since it was
+    // opened and no longer reads.
     std::shared_ptr<IGeometry> Record(std::int64_t lRecord);
     // The tnwGeometryType of the file's shape type; 0 for null shapes only.
     std::int32_t GeometryType() const;
@@ -70,7 +75,7 @@ private:
     std::string m_sPath;
     std::unique_ptr<ShapeFileReader> m_pReader;
     std::int64_t m_lRead = 0;  // records read by m_pReader
-    std::string m_sDamage;     // why reading stopped; "" while it goes on
+    std::int64_t m_lCount = 0;
 };
 
 std::shared_ptr<IGeometry> GeometryOf(const Shape& tShape, std::int32_t lShapeType);
