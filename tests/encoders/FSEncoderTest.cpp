@@ -74,35 +74,26 @@ protected:
     int m_nFiles = 0;
 };
 
-// The data line of a one-point ring: degree text, count text, rates rounded half to even.
-TEST_F(FSEncoderTest, DataLineTextForms) {
-    struct Case {
-        double dX, dY;
-        Variant vRate;
-        bool bSigned;
-        const char* sLine;
-    } const aCases[] = {
-        {-96.5, 40.25, 120.125, false, "1; P; 1; -96. 30; 40. 15;  120.12"},
-        {12.3456, 7.0025, 0.5, false, "1; P; 1; 12. 20.736; 7. .15;  .5"},
-        {0, 0, -3.255, false, "1; P; 1; 0. 0; 0. 0; -3.26"},
-        {179.999999999, -89.75, std::int32_t{7}, false, "1; P; 1; 179. 60; -89. 45;  7"},
-        {-0.5, -0.25, 1e20, false, "1; P; 1; 0. 30; 0. 15;  1E+20"},
-        {-0.5, -0.25, "2.5", true, "1; P; 1; -0. 30; -0. 15;  2.5"},
-    };
-    for (const Case& c : aCases) {
-        const std::string sText = Write(
-            {{c.vRate,
-              std::make_shared<standins::Polygon>(
-                  std::vector<std::vector<standins::Coordinate>>{{{c.dX, c.dY}, {c.dX, c.dY}}})}},
-            c.bSigned);
-        EXPECT_NE(sText.find("[DATA]\r\n" + std::string(c.sLine) + "\r\n[END]"), std::string::npos)
-            << sText;
-    }
-}
-
 TEST_F(FSEncoderTest, WholeFiles) {
     const auto G = [](const char* sWKT) { return ParseWKT(sWKT); };
+    // A ring of one point and its closing copy: one data line.
+    const auto Dot = [](double dX, double dY) {
+        return std::make_shared<standins::Polygon>(
+            std::vector<std::vector<standins::Coordinate>>{{{dX, dY}, {dX, dY}}});
+    };
     EXPECT_EQ(Write({}), kEmptyPlan);
+    // Degrees and minutes, count text, rates rounded half to even.
+    EXPECT_EQ(Write({{120.125, Dot(-96.5, 40.25)},
+                     {0.5, Dot(12.3456, 7.0025)},
+                     {-3.255, Dot(-0.5, -0.25)},
+                     {std::int32_t{7}, Dot(179.999999999, -89.75)},
+                     {"1e20", Dot(0, 0)}}),
+              Plan("-96. 30|-89. 45|5|-3.26| 1E+20|5",
+                   "1; P; 1; -96. 30; 40. 15;  120.12\r\n2; P; 2; 12. 20.736; 7. .15;  .5\r\n"
+                   "3; P; 3; 0. 30; 0. 15; -3.26\r\n4; P; 4; 179. 60; -89. 45;  7\r\n"
+                   "5; P; 5; 0. 0; 0. 0;  1E+20\r\n"));
+    EXPECT_NE(Write({{1.0, Dot(-0.5, -0.25)}}, true).find("1; P; 1; -0. 30; -0. 15;  1\r\n"),
+              std::string::npos);
     EXPECT_EQ(Write({{120.125, G("POLYGON ((-96.5 40.25,-96.25 40.25,-96.25 40.5,-96.5 40.25))")}}),
               Plan("-96. 30|40. 15|1| 120.12| 120.12|3",
                    "1; P; 1; -96. 30; 40. 15;  120.12\r\n2; P; 1; -96. 15; 40. 15;  120.12\r\n"
