@@ -18,9 +18,8 @@ constexpr int kMinuteDecimals = 6;
 // The unit lines are the same for every plan.
 constexpr std::string_view kUnitLines = "UnitCode=102\r\nUnitText=kg/ha\r\n";
 
-// Count text: a whole number in plain digits, no blank, no exponent.
+// Count text: a finite whole number in plain digits, no blank, no exponent.
 void AppendCountText(std::string& sOut, double dValue) {
-    if (!std::isfinite(dValue)) Raise(errOverflow);
     char aText[328];  // the digits of the largest double and a sign
     // Adding 0 turns a negative zero into zero.
     auto res =
@@ -173,7 +172,6 @@ void tnwFSEncoder::CloseFiles() {
     if (!bFileNumberTaken) return;
     const bool bDone = Guard("tnwFSEncoder.CloseFiles", [&] {
         if (!iFile.IsOpen()) Raise(errBadFileNumber);
-        if (!oBuffer) Raise(errObjectNotSet);
         std::string sHeader =
             "[HEADER]\r\nFileType=PlanGridData\r\nVersion=01.00.00\r\n"
             "Format=Sequencenumber; P; Polygon number; Point number; Longitude; Latitude; "

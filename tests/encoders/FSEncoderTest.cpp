@@ -134,6 +134,9 @@ TEST_F(FSEncoderTest, RateColumnAndInterface) {
     oRate->SetValue("not a number");
     EXPECT_FALSE(enc.Update());
     enc.CloseFiles();
+    oRate->SetValue(1.0);
+    enc.SetGeometry(ParseWKT("POLYGON ((1 1,2 1,1 1))"));
+    EXPECT_TRUE(enc.Update());  // closed: the polygon has no text to go to
     EXPECT_EQ(
         test::ReadFile(dir.Path("rules.fpd")),
         Plan("1. 0|1. 0|1| 9| 9|2", "1; P; 1; 1. 0; 1. 0;  9\r\n2; P; 1; 2. 0; 1. 0;  9\r\n"));
@@ -153,7 +156,8 @@ TEST_F(FSEncoderTest, RateColumnAndInterface) {
     iface.CloseFiles();
     EXPECT_EQ(test::ReadFile(dir.Path("iface.fpd")), kEmptyPlan);
     EXPECT_FALSE(std::filesystem::exists(dir.Path("none.fpd")));
-    EXPECT_EQ(Reports(), std::vector<std::string>{"tnwFSEncoder.Update 13"});
+    EXPECT_EQ(Reports(),
+              (std::vector<std::string>{"tnwFSEncoder.Update 13", "tnwFSEncoder.WriteOnePoly 91"}));
 }
 
 TEST_F(FSEncoderTest, FailurePaths) {
