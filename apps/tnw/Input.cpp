@@ -122,6 +122,7 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
 
 void OpenTable(const InputOptions& tOptions, Input& tInput) {
     auto oDecoder = std::make_shared<tnwDBFDecoder>();
+    oDecoder->SetEveryFieldSets(true);
     oDecoder->SetFilename(tOptions.sPath);
     if (!oDecoder->IsValidFile()) {
         throw Failure(kExitInput, "can't read " + tOptions.sPath + " as a dBase table");
@@ -150,6 +151,7 @@ void OpenShapeSet(const InputOptions& tOptions, Input& tInput) {
                                       " to read the records' values from");
     }
     auto oTable = std::make_shared<tnwDBFDecoder>();
+    oTable->SetEveryFieldSets(true);
     oTable->SetFilename(sTable);
     if (!oTable->IsValidFile()) throw Failure(kExitInput, "can't read " + sTable);
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oTable);
