@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <stdexcept>
@@ -192,24 +193,12 @@ private:
     Box m_tBox;
 };
 
-// printf("%*.*f") of a value that is a whole number of 10^-nDecimals, as every workload value is.
+// The workload's own definition of a numeric field: printf("%*.*f", width, decimals, value).
 char* PutFixed(char* p, int nWidth, int nDecimals, double d) {
-    static constexpr double kScale[] = {1, 10, 100, 1000};
-    auto l = static_cast<std::int64_t>(d * kScale[nDecimals] + (d < 0 ? -0.5 : 0.5));
-    const bool bNegative = l < 0;
-    if (bNegative) l = -l;
-    char* pEnd = p + nWidth;
-    char* q = pEnd;
-    for (int n = 0; n < nDecimals; ++n, l /= 10)
-        *--q = static_cast<char>('0' + l % 10);
-    if (nDecimals > 0) *--q = '.';
-    do {
-        *--q = static_cast<char>('0' + l % 10);
-        l /= 10;
-    } while (l > 0);
-    if (bNegative) *--q = '-';
-    std::memset(p, ' ', static_cast<std::size_t>(q - p));
-    return pEnd;
+    char aText[32];
+    std::snprintf(aText, sizeof aText, "%*.*f", nWidth, nDecimals, d);
+    std::memcpy(p, aText, static_cast<std::size_t>(nWidth));
+    return p + nWidth;
 }
 
 char* PutText(char* p, int nWidth, std::string_view s) {

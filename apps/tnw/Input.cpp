@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "ExitCodes.h"
+#include "ShapeFile.h"
 #include "core/Error.h"
 #include "ogc_sf/WKT.h"
 #include "platform/File.h"
@@ -206,24 +207,67 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
 }
 
-void OpenTable(const InputOptions& tOptions, Input& tInput) {
+// A dBase table read as the tool reads every table: each field sets its value, in the code
+// page found for it; deleted records are passed over when bSkipDeleted.
+std::shared_ptr<tnwDBFDecoder> OpenTableDecoder(const InputOptions& tOptions,
+                                                const std::string& sPath, bool bSkipDeleted,
+                                                Input& tInput) {
     auto oDecoder = std::make_shared<tnwDBFDecoder>();
-    oDecoder->SetNullAware(true);
-    oDecoder->SetSkipDeleted(!tOptions.bKeepDeleted);
+    oDecoder->SetEveryFieldSets(true);
+    oDecoder->SetSkipDeleted(bSkipDeleted);
     std::optional<platform::CodePage> eCodePage = GivenCodePage(tOptions);
     if (!eCodePage) {
-        oDecoder->SetFilename(tOptions.sPath);  // for the language driver byte
-        eCodePage = TableCodePageOf(tOptions.sPath, oDecoder->LanguageDriver());
+        oDecoder->SetFilename(sPath);  // for the language driver byte
+        eCodePage = TableCodePageOf(sPath, oDecoder->LanguageDriver());
     }
     oDecoder->SetTextCodePage(eCodePage);
-    oDecoder->SetFilename(tOptions.sPath);
-    if (!oDecoder->IsValidFile()) {
-        throw Failure(kExitInput, "can't read " + tOptions.sPath + " as a dBase table");
-    }
-    SetGeometryFields(tOptions, oDecoder->Columns()->Count(), *oDecoder);
+    oDecoder->SetFilename(sPath);
+    if (!oDecoder->IsValidFile())
+        throw Failure(kExitInput, "can't read " + sPath + " as a dBase table");
     tInput.fnLostColumns = [pDecoder = oDecoder.get()] { return pDecoder->UnreadableColumns(); };
+    return oDecoder;
+}
+
+void OpenTable(const InputOptions& tOptions, Input& tInput) {
+    auto oDecoder = OpenTableDecoder(tOptions, tOptions.sPath, !tOptions.bKeepDeleted, tInput);
+    SetGeometryFields(tOptions, oDecoder->Columns()->Count(), *oDecoder);
     tInput.eFormat = oDecoder->GeometryFormat();
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
+}
+
+void OpenShapeSet(const InputOptions& tOptions, Input& tInput) {
+    if (tOptions.lLonCol > 0 || tOptions.lLatCol > 0 || tOptions.lWKTCol > 0) {
+        throw Failure(kExitUsage,
+                      "a shapefile set carries its own geometry; --lon-col, "
+                      "--lat-col and --wkt-col apply to text and dBase input");
+    }
+    auto oShapes = std::make_shared<ShapeGeometryReader>(tOptions.sPath);
+    std::string sTable;
+    for (const char* sExtension : {".dbf", ".DBF"}) {
+        const std::string sCandidate =
+            std::filesystem::path(tOptions.sPath).replace_extension(sExtension).string();
+        std::error_code ec;
+        if (std::filesystem::is_regular_file(sCandidate, ec)) sTable = sCandidate;
+    }
+    if (sTable.empty()) {
+        throw Failure(kExitInput, "there is no .dbf beside " + tOptions.sPath +
+                                      " to read the records' values from");
+    }
+    // Rows pair with shapes by place, so a deleted row is read like any other.
+    auto oTable = OpenTableDecoder(tOptions, sTable, false, tInput);
+    tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oTable);
+    const std::int64_t lRows = tInput.oSource->RecordCount();
+    if (lRows != oShapes->RecordCount()) {
+        throw Failure(kExitInput, tOptions.sPath + " holds " +
+                                      CountText(oShapes->RecordCount(), "record") + " and " +
+                                      sTable + " " + CountText(lRows, "row") +
+                                      "; a set's files must match");
+    }
+    tInput.oSource->SetGeometryType(oShapes->GeometryType());
+    // Points go to text as longitude and latitude, other shapes as well-known text.
+    tInput.eFormat = oShapes->GeometryType() == tnwGeometryPoint ? TNW_GeometryFormat_LonLat
+                                                                 : TNW_GeometryFormat_WKT;
+    tInput.oSource->SetRowGeometry([oShapes](std::int64_t lRow) { return oShapes->Record(lRow); });
 }
 
 std::optional<platform::CodePage> CodePageOfName(std::string_view sName) {

@@ -275,8 +275,8 @@ bool tnwDBFDecoder::ReadRecord(bool bSkipDeleted) {
             if (!tField.oColumn || !tField.oColumn->Active()) continue;
             const std::string_view sText =
                 TrimBlanks({sRecord.data() + tField.nOffset, tField.nWidth});
-            if (m_bNullAware) {
-                SetNullAwareValue(tField, sText);
+            if (m_bEveryFieldSets) {
+                SetEveryFieldValue(tField, sText);
             } else {
                 SetValue(tField, sText);
             }
@@ -308,6 +308,10 @@ bool IsTrueText(std::string_view s) {
 
 void tnwDBFDecoder::SetValue(const Field& tField, std::string_view sText) {
     tnwColumn& oColumn = *tField.oColumn;
+    if (m_bEveryFieldSets && sText.empty() && tField.lType != vtString) {
+        oColumn.SetValue(Variant());
+        return;
+    }
     switch (tField.lType) {
         case vtBoolean:
             // Only a true text assigns: anything else leaves the value of the record before.
@@ -328,6 +332,8 @@ void tnwDBFDecoder::SetValue(const Field& tField, std::string_view sText) {
                 }
             } else if (auto tDate = ParseDateText(platform::FromNarrow(sText, CodePageInUse()))) {
                 oColumn.SetValue(*tDate);
+            } else if (m_bEveryFieldSets) {
+                oColumn.SetValue(Variant());
             }
             break;
         default:
@@ -336,15 +342,16 @@ void tnwDBFDecoder::SetValue(const Field& tField, std::string_view sText) {
     }
 }
 
-void tnwDBFDecoder::SetNullAwareValue(const Field& tField, std::string_view sText) {
+void tnwDBFDecoder::SetEveryFieldValue(const Field& tField, std::string_view sText) {
     tnwColumn& oColumn = *tField.oColumn;
     Variant vValue;  // empty unless the text holds a value of the field's type
     switch (tField.lType) {
         case vtBoolean:
             if (IsTrueText(sText)) {
                 vValue = Variant(true);
-            } else if (sText.size() == 1 &&
-                       (sText[0] == 'f' || sText[0] == 'F' || sText[0] == 'n' || sText[0] == 'N')) {
+            } else if (sText == "0" ||
+                       (sText.size() == 1 && (sText[0] == 'f' || sText[0] == 'F' ||
+                                              sText[0] == 'n' || sText[0] == 'N'))) {
                 vValue = Variant(false);
             }
             break;

@@ -62,19 +62,21 @@ public:
     bool MoveToRecord(std::int32_t lRecord);
 
     // Extensions, all off by default, for hosts that must not change a value in passing.
-    // NULL-aware reading: a blank, "*" or "?" field, or one whose text is no value of its type
+    // NULL-aware reading: every field sets its column at every record, so nothing stays from
+    // the record before. A blank, "*" or "?" field, or one whose text is no value of its type
     // (a number without digits, a date that names no real day, a logical other than T, Y, F,
-    // N or -1), gives the empty value instead of 0 or the previous record's value; a logical
-    // "F" or "N" gives false.
-    bool NullAware() const { return m_bNullAware; }
-    void SetNullAware(bool bNullAware) { m_bNullAware = bNullAware; }
+    // N, 0 or -1), gives the empty value instead of 0 or the previous value; a logical "F",
+    // "N" or "0" gives false.
+    bool EveryFieldSets() const { return m_bEveryFieldSets; }
+    void SetEveryFieldSets(bool bEvery) { m_bEveryFieldSets = bEvery; }
     // MoveFirst and MoveNext pass over records marked deleted ("*" in the flag byte).
     bool SkipDeleted() const { return m_bSkipDeleted; }
     void SetSkipDeleted(bool bSkip) { m_bSkipDeleted = bSkip; }
     // True when the current record is marked deleted.
     bool Deleted() const { return m_bDeleted; }
-    // NULL-aware only: the keys of the current record's columns whose field held a text that is
-    // no value of its type (not a blank or a NULL mark), so that a host can say what it lost.
+    // With EveryFieldSets only: the keys of the current record's columns whose field held a text
+    // that is no value of its type (not a blank or a NULL mark), so that a host can say what it
+    // lost.
     const std::vector<std::string>& UnreadableColumns() const { return m_vUnreadable; }
     // The code page of the table's names and text; nothing means the process-wide one.
     std::optional<platform::CodePage> TextCodePage() const { return m_eTextCodePage; }
@@ -101,7 +103,7 @@ private:
     // marked deleted are passed over.
     bool ReadRecord(bool bSkipDeleted);
     void SetValue(const Field& tField, std::string_view sText);
-    void SetNullAwareValue(const Field& tField, std::string_view sText);
+    void SetEveryFieldValue(const Field& tField, std::string_view sText);
     platform::CodePage CodePageInUse() const {
         return m_eTextCodePage.value_or(platform::NarrowCodePage());
     }
@@ -117,6 +119,7 @@ private:
     std::shared_ptr<tnwColumns> m_oColumns;
     std::string m_sFilename;
     bool m_bValidFile = false;
+    bool m_bEveryFieldSets = false;
     TNW_Encoders_GeometryFormats m_eGeometryFormat = TNW_GeometryFormat_None;
     std::int32_t m_lLonCol = 0;
     std::int32_t m_lLatCol = 0;
@@ -131,7 +134,6 @@ private:
     std::vector<Field> m_vFields;
     std::size_t m_nRecordBytes = 1;  // a record's bytes: the flag and the fields
 
-    bool m_bNullAware = false;
     bool m_bSkipDeleted = false;
     bool m_bDeleted = false;
     std::vector<std::string> m_vUnreadable;

@@ -1,2 +1,4 @@
-#Sources of src / encoders(target tnw_encoders), relative to this folder.
-set(tnw_sources tnwASCIIEncoder.cpp)
+# Sources of src/encoders (target tnw_encoders), relative to this folder.
+set(tnw_sources
+    tnwASCIIEncoder.cpp
+    tnwFSEncoder.cpp)

@@ -20,7 +20,7 @@ protected:
                               std::vector<std::int32_t>* pLost = nullptr) {
         test::WriteFile(oDir.Path("t.dbf"), oTable.Bytes());
         oReader.SetFilename(oDir.Path("t.dbf"));
-        oReader.SetNullAware(bNullAware);
+        oReader.SetEveryFieldSets(bNullAware);
         std::vector<Variant> vValues;
         for (bool b = oReader.MoveFirst() == Variant(true); b; b = oReader.MoveNext()) {
             vValues.push_back(oReader.Columns()->Items().front()->Value());
@@ -50,7 +50,7 @@ TEST_F(FaithfulDbfTest, ValuesByDefaultAndNullAware) {
     const Case aCases[] = {
         {'N', {"3.5", "", "*****", "?", "-", "12abc"},
          {3.5, 0.0, 0.0, 0.0, 0.0, 12.0}, {3.5, vNull, vNull, vNull, vNull, 12.0}, {5}},
-        {'L', {"T", "F", "?", "", "n", "x"},
+        {'L', {"T", "F", "?", "", "0", "x"},
          {true, true, true, true, true, true}, {true, false, vNull, vNull, false, vNull}, {6}},
         {'D', {"20040309", "00000000", "20040000", "20040230", "00010101", ""},
          {vDay, vDay, vDay, vDay, vDay, vDay}, {vDay, vNull, vNull, vNull, vNull, vNull}, {3, 4, 5}},
