@@ -16,7 +16,9 @@
 #include "core/Enums.h"
 #include "core/GISLib.h"
 #include "core/ItnwEncoder.h"
+#include "core/VELDLib.h"
 #include "geometry/Flatten.h"
+#include "geometry/Summary.h"
 #include "platform/File.h"
 #include "shapefile/DbfWriter.h"
 #include "shapefile/ShapeFormat.h"
@@ -46,6 +48,12 @@ public:
     void CloseFiles();
     // Writes a whole record source, reporting progress to Callback; the files stay open.
     bool ImportRS(const std::string& sFilename, std::shared_ptr<tnwRecordSource> oRS);
+    // Writes a field-operation summary as a point set, one record per recorded position of
+    // each region, one column per quantity, with progress on bars 0 and 1 of oCallback (which
+    // may be nothing), and closes the files. The encoder must be closed when it is called.
+    // On a failure the export stops there and leaves the files open.
+    bool ExportVELDSummary(std::shared_ptr<tnwGISCallback> oCallback,
+                           std::shared_ptr<VELDSummary> oSummary, const std::string& sFilename);
 
     tnwGeometryType GeometryType() const { return static_cast<tnwGeometryType>(m_eGeometryType); }
     void SetGeometryType(tnwGeometryType eGeometryType);
@@ -122,6 +130,9 @@ private:
     void CommitRecord(std::int32_t lWords);
     std::string ColumnList() const;
     void CloseUnfinished();
+    // One region of the summary export: its records from the stored point, then Update2.
+    void ExportRegion(tnwGISCallback* pCallback, const std::shared_ptr<VELDRegion>& oRegion,
+                      const detail::SummaryColumns& tColumns, const std::string& sBarText);
 
     detail::DBFHeader m_tDbfHeader;
     detail::ShapeHeader m_tShpHeader;
