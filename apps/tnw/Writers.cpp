@@ -183,6 +183,8 @@ public:
                       Console& oConsole) override {
         if (m_bTableOnly) RecordWriter::WriteSummary(t, std::move(oSummary), oConsole);
         m_eType = tnwGeometryPoint;
+        // The fixed columns are narrow: a value rounds to its field or fails, never loses digits.
+        m_oEncoder.SetFitNumbersToFields(true);
         m_oEncoder.SetXOffset(t.dXOffset.value_or(0.0));
         m_oEncoder.SetYOffset(t.dYOffset.value_or(0.0));
         if (m_oEncoder.ExportVELDSummary(oConsole.Progress("writing"), oSummary, t.sPath)) return;

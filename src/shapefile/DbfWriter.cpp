@@ -105,7 +105,7 @@ void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
     tHeader.iRecordLength = static_cast<std::int16_t>(lRecordLength);
 }
 
-void WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn) {
+void WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn, bool bFitNumbers) {
     if (IsGeometryColumn(oColumn)) return;
     const auto nSize = static_cast<std::size_t>(FieldByte(oColumn.Size()));
     const Variant& vValue = oColumn.Value();
@@ -130,8 +130,19 @@ void WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn) {
             FitRight(sRecord, nAt, nSize);
             return;
         default:
-            // Never rounded to Precision: the number keeps the digits of its text.
-            AppendNumberText(sRecord, vValue);
+            if (!bFitNumbers || !vValue.IsNumeric()) {
+                // Never rounded to Precision: the number keeps the digits of its text.
+                AppendNumberText(sRecord, vValue);
+            } else {
+                if (const double* pDouble = vValue.As<double>()) {
+                    AppendNumberText(sRecord,
+                                     RoundHalfEven(*pDouble, FieldByte(oColumn.Precision())));
+                } else {
+                    AppendNumberText(sRecord, vValue);
+                }
+                const std::size_t nDigitsAt = sRecord[nAt] == ' ' ? nAt + 1 : nAt;
+                if (sRecord.size() - nDigitsAt > nSize) Raise(errOverflow);
+            }
             FitRight(sRecord, nAt, nSize);
             return;
     }

@@ -44,7 +44,9 @@ bool IsGeometryColumn(const tnwColumn& oColumn);
 void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
                           const tnwColumn& oColumn);
 
-// Appends the column's current value to sRecord, exactly Size bytes.
-void WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn);
+// Appends the column's current value to sRecord, exactly Size bytes. With bFitNumbers a double
+// is first rounded half to even to the column's Precision, and a number whose text is wider than
+// the field (a leading blank aside) is error 6 rather than cut on the left.
+void WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn, bool bFitNumbers = false);
 
 }  // namespace tnw::detail

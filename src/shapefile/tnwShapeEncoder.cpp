@@ -362,7 +362,8 @@ void tnwShapeEncoder::StageDbfRecord() {
     m_sDbfRecord.push_back(detail::kDbfRecordFlag);
     for (const auto& oColumn : m_oColumns->Items()) {
         if (!oColumn) Raise(errObjectNotSet);
-        if (IsOutputColumn(*oColumn)) detail::WriteFieldValue(m_sDbfRecord, *oColumn);
+        if (IsOutputColumn(*oColumn))
+            detail::WriteFieldValue(m_sDbfRecord, *oColumn, m_bFitNumbersToFields);
     }
     // The output columns must not change after the descriptors went out.
     if (m_sDbfRecord.size() != static_cast<std::size_t>(m_tDbfHeader.iRecordLength))

@@ -82,6 +82,11 @@ public:
     void SetCallback(std::shared_ptr<tnwGISCallback> oCallback) {
         m_oCallback = std::move(oCallback);
     }
+    // Off by default. On: a double is rounded to its column's Precision before it goes into its
+    // field, and a number too wide for its field fails its record (error 6) instead of losing
+    // its leading digits.
+    bool FitNumbersToFields() const { return m_bFitNumbersToFields; }
+    void SetFitNumbersToFields(bool bFit) { m_bFitNumbersToFields = bFit; }
     bool ExportCentroids() const { return m_bExportCentroids; }
     void SetExportCentroids(bool bExportCentroids) { m_bExportCentroids = bExportCentroids; }
 
@@ -156,6 +161,7 @@ private:
     std::string m_sFilename;
     bool m_bIncludeInvisible = false;
     bool m_bExportCentroids = false;
+    bool m_bFitNumbersToFields = false;
     std::shared_ptr<tnwGISCallback> m_oCallback;
 
     // A write to one of the files failed: the set can no longer be finished whole.

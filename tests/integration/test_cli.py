@@ -491,7 +491,7 @@ class Previews(ToolCase):
 class Summaries(ToolCase):
     def test_logs_become_regions_of_one_point_set_in_the_columns_units(self):
         north = self.write("north.csv", "Longitude,Latitude,Yield (bu/ac),Width (m),Duration (min),"
-                           "Engaged,Crop\n-93.5,42.0,150.5,9.144,0.5,0,Corn\n"
+                           "Engaged,Crop\n-93.5,42.0,150.5,9.15,0.5,0,Corn\n"
                            "-93.4,42.1,160.25,9.144,0.25,1,Corn\n")
         south = self.write("south.csv", "Lon,Lat,Elevation (m),Moisture (%)\n1,2,304.8,15.5\n")
         code, out, err = run("summary", north, south, "--lon-col", "1", "--lat-col", "2",
@@ -503,8 +503,9 @@ class Summaries(ToolCase):
         self.assertEqual([f[0] for f in fields],
                          ["Elevation", "Width", "Distance", "Duration", "UTC", "Engaged", "Mappable",
                           "Yield", "Moisture"])
-        # Metres and minutes become the feet, inches and seconds of the fixed columns; a log
-        # without a quantity gives 0, one without Engaged counts as engaged.
+        # Metres and minutes become the feet, inches and seconds of the fixed columns, rounded to
+        # their fields (9.15 m is 360.24 in); a log without a quantity gives 0, one without
+        # Engaged counts as engaged.
         self.assertEqual(records, [["0", "360", "0", "30", "0", "N", "1", "150.5", "0"],
                                    ["0", "360", "0", "15", "0", "Y", "1", "160.25", "0"],
                                    ["1000", "0", "0", "0", "0", "Y", "1", "0", "15.5"]])
