@@ -84,9 +84,9 @@ public:
     virtual std::vector<bool> Engaged() = 0;
     virtual std::vector<double> UTCTimes() = 0;
     virtual std::vector<double> Durations(const std::shared_ptr<tnwUnit>& oUnit) = 0;
-    // The export passes four zeros; what the arguments select is the summary library's.
-    virtual std::vector<double> Positions(double dXShift, double dYShift, std::int32_t lFirst,
-                                          std::int32_t lCount) = 0;
+    // The export passes four zeros; what they select is the summary library's business.
+    virtual std::vector<double> Positions(double dArgument1, double dArgument2,
+                                          std::int32_t lArgument3, std::int32_t lArgument4) = 0;
     virtual std::vector<double> Elevations(const std::shared_ptr<tnwUnit>& oUnit, bool bOption) = 0;
     virtual std::vector<double> Distances(const std::shared_ptr<tnwUnit>& oUnit, bool bOption) = 0;
     virtual std::vector<double> Widths(const std::shared_ptr<tnwUnit>& oUnit, bool bOption) = 0;

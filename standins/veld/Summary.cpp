@@ -64,21 +64,6 @@ std::vector<double> TrackRegion::Durations(const std::shared_ptr<tnwUnit>& oUnit
     return InUnit(m_aDurations, m_tUnits.lDuration, oUnit, true);
 }
 
-std::vector<double> TrackRegion::Positions(double dXShift, double dYShift, std::int32_t lFirst,
-                                           std::int32_t lCount) {
-    const std::int32_t lRecords = RecordCount();
-    if (lFirst < 0 || lCount < 0 || lFirst > lRecords || lCount > lRecords - lFirst)
-        Raise(errSubscript, "VELDLib");
-    if (lCount == 0) lCount = lRecords - lFirst;
-    const auto itFirst = m_aPositions.begin() + 2 * static_cast<std::ptrdiff_t>(lFirst);
-    std::vector<double> aPositions(itFirst, itFirst + 2 * static_cast<std::ptrdiff_t>(lCount));
-    for (std::size_t i = 0; i < aPositions.size(); i += 2) {
-        aPositions[i] += dXShift;
-        aPositions[i + 1] += dYShift;
-    }
-    return aPositions;
-}
-
 std::vector<double> TrackRegion::Elevations(const std::shared_ptr<tnwUnit>& oUnit, bool bOption) {
     return InUnit(m_aElevations, m_tUnits.lElevation, oUnit, bOption);
 }

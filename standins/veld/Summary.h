@@ -141,10 +141,11 @@ public:
     std::vector<bool> Engaged() override { return m_aEngaged; }
     std::vector<double> UTCTimes() override { return m_aUTC; }
     std::vector<double> Durations(const std::shared_ptr<tnwUnit>& oUnit) override;
-    // The positions of lCount records from lFirst (0: to the last), each shifted by dXShift
-    // and dYShift; error 9 for a range outside the records.
-    std::vector<double> Positions(double dXShift, double dYShift, std::int32_t lFirst,
-                                  std::int32_t lCount) override;
+    // Every position as recorded: the stand-in has no other views of them, and reads none of
+    // the four arguments.
+    std::vector<double> Positions(double, double, std::int32_t, std::int32_t) override {
+        return m_aPositions;
+    }
     std::vector<double> Elevations(const std::shared_ptr<tnwUnit>& oUnit, bool bOption) override;
     std::vector<double> Distances(const std::shared_ptr<tnwUnit>& oUnit, bool bOption) override;
     std::vector<double> Widths(const std::shared_ptr<tnwUnit>& oUnit, bool bOption) override;

@@ -1,38 +1,43 @@
-// The summary export against a recording summary: the order of bar calls and reads, the
-// written set as the checker and GDAL see it, and the failures that stop the export.
+// The summary export against a recording summary (the summary stand-in, with a recording
+// track region and two-unit series): the order of bar calls and reads, the written set as the
+// checker and GDAL see it, and the failures that stop the export.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "ShapeTestSupport.h"
 #include "shapefile/tnwShapeEncoder.h"
-#include "veld/Unit.h"
+#include "veld/Summary.h"
 
 namespace tnw::test {
 namespace {
 
 using Calls = std::vector<std::string>;
+using Doubles = std::vector<double>;
+using UnitRef = const std::shared_ptr<tnwUnit>&;
+using standins::QuantityDef;
 
-struct RecUnit final : tnwUnit {
+// Two-unit values; each read is noted with the option its unit holds at that moment.
+struct RecRatio final : VELDRatioSeries, VELDRatioValues {
+    std::shared_ptr<QuantityDef> oDef;
+    Doubles aValues;
     Calls* pCalls;
-    std::string sName;
-    RecUnit(Calls* p, std::string s) : pCalls(p), sName(std::move(s)) {}
-    void SetUnitOption(std::int32_t l) override {
-        pCalls->push_back("UnitOption(" + sName + "," + std::to_string(l) + ")");
+    RecRatio(std::shared_ptr<QuantityDef> o, Doubles a, Calls* p)
+        : oDef(std::move(o)), aValues(std::move(a)), pCalls(p) {}
+    const std::string& Key() const override { return oDef->Key(); }
+    std::shared_ptr<VELDRatioSeriesDef> Definition() const override { return oDef; }
+    std::shared_ptr<tnwUnit> SecondUnit() const override { return nullptr; }
+    Doubles Values(UnitRef oUnit, UnitRef, bool) override {
+        const auto& tUnit = dynamic_cast<const standins::Unit&>(*oUnit);
+        pCalls->push_back("RatioValues(" + Key() + "," + std::to_string(tUnit.UnitOption()) + ")");
+        return aValues;
     }
 };
 
-struct RecDef final : VELDSeriesDef, VELDRatioSeriesDef {
-    std::string sKey, sName;
-    std::shared_ptr<tnwUnit> oUnit;
-    const std::string& Key() const override { return sKey; }
-    const std::string& Name() const override { return sName; }
-    std::shared_ptr<tnwUnit> Unit() const override { return oUnit; }
-};
-
+// A region's series; unlike the stand-in's, keys may repeat.
 template <class T>
 struct RecList final : VELDList<T> {
-    std::vector<std::shared_ptr<T>> vItems;  // keys may repeat
+    std::vector<std::shared_ptr<T>> vItems;
     const std::vector<std::shared_ptr<T>>& Items() const override { return vItems; }
     std::shared_ptr<T> Item(std::string_view sKey) const override {
         for (const auto& o : vItems)
@@ -41,113 +46,44 @@ struct RecList final : VELDList<T> {
     }
 };
 
-struct RecRegion : VELDRegion {
+// Record i: position (i, 2i), elevation 100 + i, width 30, distance i, duration 1, UTC 1e9 + i,
+// engaged but on record 1, mappable i. Each read is noted with the switch state and the unit.
+struct RecTrack final : VELDRegion, VELDTrackRegion {
     std::shared_ptr<RecList<VELDSeries>> oSeries = std::make_shared<RecList<VELDSeries>>();
     std::shared_ptr<RecList<VELDRatioSeries>> oRatios =
         std::make_shared<RecList<VELDRatioSeries>>();
-    std::int32_t lRecordCount = 7;
+    Calls* pCalls;
+    std::int32_t lRecords, lPositions;
+    bool bSwitch = true;
+    RecTrack(Calls* p, std::int32_t n) : pCalls(p), lRecords(n), lPositions(n) {}
     std::shared_ptr<VELDRatioSeriesList> RatioSeries() const override { return oRatios; }
     std::shared_ptr<VELDSeriesList> Series() const override { return oSeries; }
-    std::int32_t RecordCount() const override { return lRecordCount; }
-};
-
-// Record i: position (i, 2i), elevation 100 + i, width 30, distance i, duration 1,
-// UTC 1e9 + i, engaged on even records, mappable i. Each read is noted with the switch state.
-struct RecTrack final : RecRegion, VELDTrackRegion {
-    Calls* pCalls;
-    bool bSwitch = true;
-    std::vector<double> aXY, aElevation, aWidth, aDistance, aDuration, aUTC;
-    std::vector<bool> aEngaged;
-    std::vector<std::int32_t> aMappable;
-    RecTrack(Calls* p, int n) : pCalls(p) {
-        lRecordCount = n;
-        for (int i = 0; i < n; ++i) {
-            aXY.insert(aXY.end(), {1.0 * i, 2.0 * i});
-            aElevation.push_back(100 + i);
-            aWidth.push_back(30);
-            aDistance.push_back(i);
-            aDuration.push_back(1);
-            aUTC.push_back(1e9 + i);
-            aEngaged.push_back(i % 2 == 0);
-            aMappable.push_back(i);
-        }
-    }
-    template <class T>
-    T Read(const std::string& sWhat, const T& aValues,
-           const std::shared_ptr<tnwUnit>& oUnit = nullptr) {
+    std::int32_t RecordCount() const override { return lRecords; }
+    template <class T = double>
+    std::vector<T> Read(const std::string& sWhat, double dFirst, double dStep,
+                        const std::shared_ptr<tnwUnit>& oUnit = nullptr, std::int32_t n = -1) {
         const std::string sUnit = oUnit ? "," + std::to_string(standins::UnitId(oUnit)) : "";
         pCalls->push_back(sWhat + "(" + (bSwitch ? "on" : "off") + sUnit + ")");
-        return aValues;
+        std::vector<T> a;
+        for (std::int32_t i = 0; i < (n < 0 ? lRecords : n); ++i)
+            a.push_back(static_cast<T>(dFirst + dStep * i));
+        return a;
     }
-    std::vector<std::int32_t> Mappable() override { return Read("Mappable", aMappable); }
-    std::vector<bool> Engaged() override { return Read("Engaged", aEngaged); }
-    std::vector<double> UTCTimes() override { return Read("UTCTimes", aUTC); }
-    std::vector<double> Durations(const std::shared_ptr<tnwUnit>& o) override {
-        return Read("Durations", aDuration, o);
+    std::vector<std::int32_t> Mappable() override { return Read<std::int32_t>("Mappable", 0, 1); }
+    std::vector<bool> Engaged() override { return Read<bool>("Engaged", 1, -1); }
+    Doubles UTCTimes() override { return Read("UTCTimes", 1e9, 1); }
+    Doubles Durations(UnitRef o) override { return Read("Durations", 1, 0, o); }
+    Doubles Positions(double, double, std::int32_t, std::int32_t) override {
+        Doubles a;
+        for (double d : Read("Positions", 0, 1, nullptr, lPositions))
+            a.insert(a.end(), {d, 2 * d});
+        return a;
     }
-    std::vector<double> Positions(double, double, std::int32_t, std::int32_t) override {
-        return Read("Positions", aXY);
-    }
-    std::vector<double> Elevations(const std::shared_ptr<tnwUnit>& o, bool) override {
-        return Read("Elevations", aElevation, o);
-    }
-    std::vector<double> Distances(const std::shared_ptr<tnwUnit>& o, bool) override {
-        return Read("Distances", aDistance, o);
-    }
-    std::vector<double> Widths(const std::shared_ptr<tnwUnit>& o, bool) override {
-        return Read("Widths", aWidth, o);
-    }
+    Doubles Elevations(UnitRef o, bool) override { return Read("Elevations", 100, 1, o); }
+    Doubles Distances(UnitRef o, bool) override { return Read("Distances", 0, 1, o); }
+    Doubles Widths(UnitRef o, bool) override { return Read("Widths", 30, 0, o); }
     bool ExportSwitch() const override { return bSwitch; }
     void SetExportSwitch(bool b) override { bSwitch = b; }
-};
-
-struct RecSeries final : VELDSeries {
-    std::string sKey;
-    std::shared_ptr<RecDef> oDef;
-    std::vector<double> aValues;
-    Calls* pCalls;
-    RecSeries(std::string s, std::shared_ptr<RecDef> o, std::vector<double> a, Calls* p)
-        : sKey(std::move(s)), oDef(std::move(o)), aValues(std::move(a)), pCalls(p) {}
-    const std::string& Key() const override { return sKey; }
-    std::shared_ptr<VELDSeriesDef> Definition() const override { return oDef; }
-    std::vector<double> Values(const std::shared_ptr<tnwUnit>&, bool) override {
-        pCalls->push_back("Values(" + sKey + ")");
-        return aValues;
-    }
-};
-
-struct RecRatio final : VELDRatioSeries, VELDRatioValues {
-    std::string sKey;
-    std::shared_ptr<RecDef> oDef;
-    std::vector<double> aValues;
-    Calls* pCalls;
-    RecRatio(std::string s, std::shared_ptr<RecDef> o, std::vector<double> a, Calls* p)
-        : sKey(std::move(s)), oDef(std::move(o)), aValues(std::move(a)), pCalls(p) {}
-    const std::string& Key() const override { return sKey; }
-    std::shared_ptr<VELDRatioSeriesDef> Definition() const override { return oDef; }
-    std::shared_ptr<tnwUnit> SecondUnit() const override { return nullptr; }
-    std::vector<double> Values(const std::shared_ptr<tnwUnit>&, const std::shared_ptr<tnwUnit>&,
-                               bool) override {
-        pCalls->push_back("RatioValues(" + sKey + ")");
-        return aValues;
-    }
-};
-
-struct RecRegions final : VELDRegionList {
-    std::vector<std::shared_ptr<VELDRegion>> vItems;
-    std::int32_t Count() const override { return static_cast<std::int32_t>(vItems.size()); }
-    const std::vector<std::shared_ptr<VELDRegion>>& Items() const override { return vItems; }
-};
-
-struct RecSummary final : VELDSummary {
-    std::shared_ptr<RecRegions> oRegions = std::make_shared<RecRegions>();
-    std::vector<std::shared_ptr<VELDRatioSeriesDef>> vRatioDefs;
-    std::vector<std::shared_ptr<VELDSeriesDef>> vDefs;
-    std::shared_ptr<VELDRegionList> Regions() const override { return oRegions; }
-    std::vector<std::shared_ptr<VELDRatioSeriesDef>> RatioSeriesDefs() const override {
-        return vRatioDefs;
-    }
-    std::vector<std::shared_ptr<VELDSeriesDef>> SeriesDefs() const override { return vDefs; }
 };
 
 struct SummaryExportFixture : ::testing::Test {
@@ -156,72 +92,74 @@ struct SummaryExportFixture : ::testing::Test {
     tnwShapeEncoder encoder;
     std::shared_ptr<RecordingCallback> oCallback = std::make_shared<RecordingCallback>();
     Calls* pCalls = &oCallback->vCalls;
-    std::shared_ptr<RecSummary> oSummary = std::make_shared<RecSummary>();
     // Yield (one unit), Rate (two units), and Unused, which no region carries.
-    std::shared_ptr<RecDef> oYield = Def("Y", "Yield"), oRate = Def("R", "Rate");
+    std::shared_ptr<QuantityDef> oYield = std::make_shared<QuantityDef>("Y", "Yield", 16);
+    std::shared_ptr<QuantityDef> oRate = std::make_shared<QuantityDef>("R", "Rate", 16);
+    std::shared_ptr<standins::Summary> oSummary;
 
-    std::shared_ptr<RecDef> Def(const std::string& sKey, const std::string& sName) {
-        auto oDef = std::make_shared<RecDef>();
-        oDef->sKey = sKey;
-        oDef->sName = sName;
-        oDef->oUnit = std::make_shared<RecUnit>(pCalls, sName);
-        return oDef;
-    }
-    void SetUp() override {
-        oSummary->vDefs = {Def("U", "Unused"), oYield};
-        oSummary->vRatioDefs = {oRate};
+    void SetUp() override { NewSummary(); }
+    void NewSummary() {
+        oSummary = std::make_shared<standins::Summary>();
+        oSummary->AddSeriesDef(std::make_shared<QuantityDef>("U", "Unused", 16));
+        oSummary->AddSeriesDef(oYield);
+        oSummary->AddRatioSeriesDef(oRate);
     }
     std::shared_ptr<RecTrack> AddTrack(int nRecords) {
         auto oTrack = std::make_shared<RecTrack>(pCalls, nRecords);
-        oSummary->oRegions->vItems.push_back(oTrack);
+        oSummary->AddRegion(oTrack);
         return oTrack;
     }
-    void AddSeries(RecRegion& oRegion, const std::string& sKey, std::vector<double> aValues,
-                   std::shared_ptr<RecDef> oDef = nullptr) {
-        oRegion.oSeries->vItems.push_back(
-            std::make_shared<RecSeries>(sKey, oDef ? oDef : oYield, std::move(aValues), pCalls));
-    }
-    void AddRatio(RecRegion& oRegion, std::vector<double> aValues) {
-        oRegion.oRatios->vItems.push_back(
-            std::make_shared<RecRatio>("R", oRate, std::move(aValues), pCalls));
+    static void AddSeries(RecTrack& oTrack, std::string sKey, Doubles a,
+                          std::shared_ptr<QuantityDef> oDef) {
+        auto oSeries = std::make_shared<standins::Series>(std::move(sKey), std::move(oDef));
+        for (double d : a)
+            oSeries->Add(d);
+        oTrack.oSeries->vItems.push_back(oSeries);
     }
     bool Export() { return encoder.ExportVELDSummary(oCallback, oSummary, dir.Path("s.shp")); }
 };
 
-const Calls kTrackReads = {"Positions(off)",     "Elevations(off,513)", "Widths(off,257)",
-                           "Distances(off,257)", "Durations(off,277)",  "UTCTimes(off)",
-                           "Engaged(off)",       "Mappable(off)"};
+Calls TrackReads(Calls vSeriesReads) {
+    Calls v = {"Positions(off)",     "Elevations(off,513)", "Widths(off,257)", "Distances(off,257)",
+               "Durations(off,277)", "UTCTimes(off)",       "Engaged(off)",    "Mappable(off)"};
+    v.insert(v.end(), vSeriesReads.begin(), vSeriesReads.end());
+    return v;
+}
+
+Calls Join(std::initializer_list<Calls> vParts) {
+    Calls v;
+    for (const Calls& vPart : vParts)
+        v.insert(v.end(), vPart.begin(), vPart.end());
+    return v;
+}
 
 TEST_F(SummaryExportFixture, RegionsInOrderWithBarsReadsAndEveryColumnReadBack) {
     auto oFirst = AddTrack(2);
-    AddSeries(*oFirst, "Y", {150.5, 160.25});
-    AddRatio(*oFirst, {12.5, 13});
-    oSummary->oRegions->vItems.push_back(std::make_shared<RecRegion>());  // no track face
+    AddSeries(*oFirst, "Y", {150.5, 160.25}, oYield);
+    oFirst->oRatios->vItems.push_back(std::make_shared<RecRatio>(oRate, Doubles{12.5, 13}, pCalls));
+    oSummary->AddRegion(std::make_shared<standins::Region>());  // no track face
     AddTrack(0);
     AddTrack(1);  // carries neither quantity
     encoder.SetXOffset(100.0);
     encoder.SetYOffset(-1.0);
     ASSERT_TRUE(Export());
 
-    Calls vExpected = {"SetBarText(0,Regions)", "SetBarRange(0,0.000000,4.000000)",
-                       "SetBarText(1,1 / 4)", "SetBarRange(1,0.000000,2.000000)"};
-    const auto Reads = [&](const Calls& vSeriesReads) {
-        vExpected.insert(vExpected.end(), kTrackReads.begin(), kTrackReads.end());
-        vExpected.insert(vExpected.end(), vSeriesReads.begin(), vSeriesReads.end());
-    };
-    Reads({"UnitOption(Rate,4)", "RatioValues(R)", "Values(Y)"});
-    vExpected.insert(
-        vExpected.end(),
-        {"SetBarValue(1,0.000000)", "ClearBarText(1,-)", "ResetBar(1,-)", "SetBarText(1,2 / 4)",
-         "SetBarRange(1,0.000000,7.000000)", "ClearBarText(1,-)", "ResetBar(1,-)",
-         "SetBarText(1,3 / 4)", "SetBarRange(1,0.000000,0.000000)"});
-    Reads({});
-    vExpected.insert(vExpected.end(), {"ClearBarText(1,-)", "ResetBar(1,-)", "SetBarText(1,4 / 4)",
-                                       "SetBarRange(1,0.000000,1.000000)"});
-    Reads({});
-    vExpected.insert(vExpected.end(), {"SetBarValue(1,0.000000)", "ClearBarText(1,-)",
-                                       "ResetBar(1,-)", "ClearBarText(0,-)", "ResetBar(0,-)"});
-    EXPECT_EQ(*pCalls, vExpected);
+    const Calls vEnd = {"ClearBarText(1,-)", "ResetBar(1,-)"};
+    EXPECT_EQ(*pCalls, Join({{"SetBarText(0,Regions)", "SetBarRange(0,0.000000,4.000000)",
+                              "SetBarText(1,1 / 4)", "SetBarRange(1,0.000000,2.000000)"},
+                             TrackReads({"RatioValues(R,4)"}),
+                             {"SetBarValue(1,0.000000)"},
+                             vEnd,
+                             {"SetBarText(1,2 / 4)", "SetBarRange(1,0.000000,0.000000)"},
+                             vEnd,
+                             {"SetBarText(1,3 / 4)", "SetBarRange(1,0.000000,0.000000)"},
+                             TrackReads({}),
+                             vEnd,
+                             {"SetBarText(1,4 / 4)", "SetBarRange(1,0.000000,1.000000)"},
+                             TrackReads({}),
+                             {"SetBarValue(1,0.000000)"},
+                             vEnd,
+                             {"ClearBarText(0,-)", "ResetBar(0,-)"}}));
     EXPECT_TRUE(oFirst->bSwitch);
 
     const CommandResult tCheck = CheckShapeSet(dir.Path("s"));
@@ -236,20 +174,19 @@ TEST_F(SummaryExportFixture, RegionsInOrderWithBarsReadsAndEveryColumnReadBack) 
     EXPECT_TRUE(capture.vReports.empty());
 }
 
-TEST_F(SummaryExportFixture, EmptySummaryIsAWholeSetWithTheFixedColumns) {
+TEST_F(SummaryExportFixture, EmptySummaryAndBarValuesEveryHundredRecords) {
     ASSERT_TRUE(Export());
     EXPECT_EQ(*pCalls, (Calls{"SetBarText(0,Regions)", "SetBarRange(0,0.000000,0.000000)",
                               "ClearBarText(0,-)", "ResetBar(0,-)"}));
     EXPECT_EQ(CheckShapeSet(dir.Path("s")).iStatus, 0);
     EXPECT_EQ(encoder.Columns()->Count(), 7);
-}
 
-TEST_F(SummaryExportFixture, BarOneMovesEveryHundredRecords) {
     AddTrack(250);
-    ASSERT_TRUE(encoder.ExportVELDSummary(oCallback, oSummary, dir.Path("s")));
+    pCalls->clear();
+    ASSERT_TRUE(Export());
     Calls vValues;
-    for (const auto& s : *pCalls)
-        if (s.rfind("SetBarValue", 0) == 0) vValues.push_back(s);
+    std::copy_if(pCalls->begin(), pCalls->end(), std::back_inserter(vValues),
+                 [](const std::string& s) { return s.rfind("SetBarValue", 0) == 0; });
     EXPECT_EQ(vValues, (Calls{"SetBarValue(1,0.000000)", "SetBarValue(1,100.000000)",
                               "SetBarValue(1,200.000000)"}));
     EXPECT_EQ(std::filesystem::file_size(dir.Path("s.shx")), 100u + 8u * 250u);
@@ -258,54 +195,50 @@ TEST_F(SummaryExportFixture, BarOneMovesEveryHundredRecords) {
 // Each failure ends the export where it happens: no bar is cleared, the files stay open.
 TEST_F(SummaryExportFixture, FailuresStopTheExport) {
     struct Case {
-        const char* sName;
         void (*fnBreak)(SummaryExportFixture&, RecTrack&);
         std::int32_t lError;
         bool bSwitchAfter;  // the reads failed: the region's switch stays off
-    };
-    const Case aCases[] = {
-        {"duplicate series key",
-         [](SummaryExportFixture& f, RecTrack& t) {
-             f.AddSeries(t, "Y", {1});
-             f.AddSeries(t, "Y", {2});
+    } const aCases[] = {
+        {[](SummaryExportFixture& f, RecTrack& t) {  // two series of one key
+             f.AddSeries(t, "Y", {1}, f.oYield);
+             f.AddSeries(t, "y", {2}, f.oYield);
          },
          errKeyExists, false},
-        {"positions too short", [](SummaryExportFixture&, RecTrack& t) { t.aXY.pop_back(); },
+        {[](SummaryExportFixture&, RecTrack& t) { t.lPositions = 0; }, errSubscript, true},
+        {[](SummaryExportFixture& f, RecTrack& t) { f.AddSeries(t, "Y", {}, f.oYield); },
          errSubscript, true},
-        {"series too short", [](SummaryExportFixture& f, RecTrack& t) { f.AddSeries(t, "Y", {}); },
-         errSubscript, true},
-        {"quantity without a column",
-         [](SummaryExportFixture& f, RecTrack& t) { f.AddSeries(t, "X", {1}, f.Def("X", "X")); },
+        {[](SummaryExportFixture& f, RecTrack& t) {  // a quantity with no column
+             f.AddSeries(t, "X", {1}, std::make_shared<QuantityDef>("X", "X", 16));
+         },
          errObjectNotSet, true},
     };
     for (const Case& tCase : aCases) {
-        SCOPED_TRACE(tCase.sName);
-        SummaryExportFixture& f = *this;
-        f.pCalls->clear();
-        f.capture.vReports.clear();
-        f.oSummary->oRegions->vItems.clear();
-        auto oTrack = f.AddTrack(1);
-        f.AddTrack(1);
-        tCase.fnBreak(f, *oTrack);
-        EXPECT_FALSE(f.Export());
-        ASSERT_EQ(f.capture.vReports.size(), 1u);
-        EXPECT_EQ(f.capture.vReports[0].sSource, "tnwShapeEncoder.ExportVELDSummary");
-        EXPECT_EQ(f.capture.vReports[0].lNumber, tCase.lError);
-        EXPECT_EQ(std::count(f.pCalls->begin(), f.pCalls->end(), "SetBarText(1,2 / 2)"), 0);
-        EXPECT_EQ(f.pCalls->back().rfind("Clear", 0), std::string::npos);
+        SCOPED_TRACE(tCase.lError);
+        pCalls->clear();
+        capture.vReports.clear();
+        NewSummary();
+        auto oTrack = AddTrack(1);
+        AddTrack(1);
+        tCase.fnBreak(*this, *oTrack);
+        EXPECT_FALSE(Export());
+        ASSERT_EQ(capture.vReports.size(), 1u);
+        EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.ExportVELDSummary");
+        EXPECT_EQ(capture.vReports[0].lNumber, tCase.lError);
+        EXPECT_EQ(std::count(pCalls->begin(), pCalls->end(), "SetBarText(1,2 / 2)"), 0);
+        EXPECT_EQ(pCalls->back().rfind("Clear", 0), std::string::npos);
         EXPECT_EQ(oTrack->bSwitch, tCase.bSwitchAfter);
-        EXPECT_FALSE(std::filesystem::exists(f.dir.Path("s.mcd")));  // written at close
-        f.encoder.CloseFiles();
-        std::filesystem::remove(f.dir.Path("s.mcd"));
+        EXPECT_FALSE(std::filesystem::exists(dir.Path("s.mcd")));  // written at close
+        encoder.CloseFiles();
+        std::filesystem::remove(dir.Path("s.mcd"));
     }
-}
 
-TEST_F(SummaryExportFixture, NothingHappensWithoutASummaryOrFiles) {
-    EXPECT_FALSE(encoder.ExportVELDSummary(oCallback, nullptr, dir.Path("s")));
-    EXPECT_FALSE(encoder.ExportVELDSummary(oCallback, oSummary, dir.Path("missing/s")));
+    // No summary, or files that can't be made: nothing else happens.
+    pCalls->clear();
+    EXPECT_FALSE(encoder.ExportVELDSummary(oCallback, nullptr, dir.Path("t")));
+    EXPECT_FALSE(encoder.ExportVELDSummary(oCallback, oSummary, dir.Path("missing/t")));
     EXPECT_TRUE(pCalls->empty());
     EXPECT_EQ(capture.vBoxes.size(), 1u);  // the "DBF Error" of the second call
-    EXPECT_FALSE(std::filesystem::exists(dir.Path("s.dbf")));
+    EXPECT_FALSE(std::filesystem::exists(dir.Path("t.dbf")));
 }
 
 }  // namespace
