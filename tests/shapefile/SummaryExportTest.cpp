@@ -1,5 +1,5 @@
-// The summary export against a recording summary (the summary stand-in, with a recording
-// track region and two-unit series): the order of bar calls and reads, the written set as the
+// The summary export against a recording summary (the summary stand-in with a recording track
+// region): the order of bar calls and reads, the written set as the
 // checker and GDAL see it, and the failures that stop the export.
 #include <gtest/gtest.h>
 
@@ -16,23 +16,6 @@ using Calls = std::vector<std::string>;
 using Doubles = std::vector<double>;
 using UnitRef = const std::shared_ptr<tnwUnit>&;
 using standins::QuantityDef;
-
-// Two-unit values; each read is noted with the option its unit holds at that moment.
-struct RecRatio final : VELDRatioSeries, VELDRatioValues {
-    std::shared_ptr<QuantityDef> oDef;
-    Doubles aValues;
-    Calls* pCalls;
-    RecRatio(std::shared_ptr<QuantityDef> o, Doubles a, Calls* p)
-        : oDef(std::move(o)), aValues(std::move(a)), pCalls(p) {}
-    const std::string& Key() const override { return oDef->Key(); }
-    std::shared_ptr<VELDRatioSeriesDef> Definition() const override { return oDef; }
-    std::shared_ptr<tnwUnit> SecondUnit() const override { return nullptr; }
-    Doubles Values(UnitRef oUnit, UnitRef, bool) override {
-        const auto& tUnit = dynamic_cast<const standins::Unit&>(*oUnit);
-        pCalls->push_back("RatioValues(" + Key() + "," + std::to_string(tUnit.UnitOption()) + ")");
-        return aValues;
-    }
-};
 
 // A region's series; unlike the stand-in's, keys may repeat.
 template <class T>
@@ -119,12 +102,9 @@ struct SummaryExportFixture : ::testing::Test {
     bool Export() { return encoder.ExportVELDSummary(oCallback, oSummary, dir.Path("s.shp")); }
 };
 
-Calls TrackReads(Calls vSeriesReads) {
-    Calls v = {"Positions(off)",     "Elevations(off,513)", "Widths(off,257)", "Distances(off,257)",
-               "Durations(off,277)", "UTCTimes(off)",       "Engaged(off)",    "Mappable(off)"};
-    v.insert(v.end(), vSeriesReads.begin(), vSeriesReads.end());
-    return v;
-}
+const Calls kTrackReads = {"Positions(off)",     "Elevations(off,513)", "Widths(off,257)",
+                           "Distances(off,257)", "Durations(off,277)",  "UTCTimes(off)",
+                           "Engaged(off)",       "Mappable(off)"};
 
 Calls Join(std::initializer_list<Calls> vParts) {
     Calls v;
@@ -136,7 +116,10 @@ Calls Join(std::initializer_list<Calls> vParts) {
 TEST_F(SummaryExportFixture, RegionsInOrderWithBarsReadsAndEveryColumnReadBack) {
     auto oFirst = AddTrack(2);
     AddSeries(*oFirst, "Y", {150.5, 160.25}, oYield);
-    oFirst->oRatios->vItems.push_back(std::make_shared<RecRatio>(oRate, Doubles{12.5, 13}, pCalls));
+    auto oRatio = std::make_shared<standins::RatioSeries>("R", oRate, 16);
+    oRatio->Add(12.5);
+    oRatio->Add(13);
+    oFirst->oRatios->vItems.push_back(oRatio);
     oSummary->AddRegion(std::make_shared<standins::Region>());  // no track face
     AddTrack(0);
     AddTrack(1);  // carries neither quantity
@@ -147,20 +130,21 @@ TEST_F(SummaryExportFixture, RegionsInOrderWithBarsReadsAndEveryColumnReadBack) 
     const Calls vEnd = {"ClearBarText(1,-)", "ResetBar(1,-)"};
     EXPECT_EQ(*pCalls, Join({{"SetBarText(0,Regions)", "SetBarRange(0,0.000000,4.000000)",
                               "SetBarText(1,1 / 4)", "SetBarRange(1,0.000000,2.000000)"},
-                             TrackReads({"RatioValues(R,4)"}),
+                             kTrackReads,
                              {"SetBarValue(1,0.000000)"},
                              vEnd,
                              {"SetBarText(1,2 / 4)", "SetBarRange(1,0.000000,0.000000)"},
                              vEnd,
                              {"SetBarText(1,3 / 4)", "SetBarRange(1,0.000000,0.000000)"},
-                             TrackReads({}),
+                             kTrackReads,
                              vEnd,
                              {"SetBarText(1,4 / 4)", "SetBarRange(1,0.000000,1.000000)"},
-                             TrackReads({}),
+                             kTrackReads,
                              {"SetBarValue(1,0.000000)"},
                              vEnd,
                              {"ClearBarText(0,-)", "ResetBar(0,-)"}}));
     EXPECT_TRUE(oFirst->bSwitch);
+    EXPECT_EQ(dynamic_cast<standins::Unit&>(*oRate->Unit()).UnitOption(), 4);
 
     const CommandResult tCheck = CheckShapeSet(dir.Path("s"));
     EXPECT_EQ(tCheck.iStatus, 0) << tCheck.sOutput;
