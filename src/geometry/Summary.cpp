@@ -9,7 +9,7 @@ namespace tnw::detail {
 
 namespace {
 
-// The unit the summary's two-unit values are read with.
+// Set on the unit of a two-unit quantity before its values are read.
 constexpr std::int32_t kRatioUnitOption = 4;
 
 template <class T>
