@@ -112,24 +112,31 @@ void SummaryBuilder::AddLog(const Input& tInput, Console& oConsole) {
         return aMeasures[m] ? aMeasures[m]->Value().ToDouble() : dDefault;
     };
     oSource.SetCallback(oConsole.Progress("reading " + tInput.sPath));
+    std::int64_t lRecord = 0;  // of this log
     oConsole.SetContext(
-        [&] { return "record " + std::to_string(lRecords + 1) + " of " + tInput.sPath; });
+        [&] { return "record " + std::to_string(lRecord + 1) + " of " + tInput.sPath; });
     for (oSource.MoveFirst(); !oSource.Eof(); oSource.MoveNext()) {
         const auto oPoint = std::dynamic_pointer_cast<IPoint>(oSource.Geometry());
         if (!oPoint) {
             ++lSkipped;
             continue;
         }
-        TrackRecord tRecord{oPoint->X(),       oPoint->Y(),          Number(kElevation, 0),
-                            Number(kWidth, 0), Number(kDistance, 0), Number(kDuration, 0)};
-        if (aMeasures[kUTC]) tRecord.dUTC = UTCSeconds(aMeasures[kUTC]->Value());
-        if (aMeasures[kEngaged]) tRecord.bEngaged = aMeasures[kEngaged]->Value().ToBool();
-        if (aMeasures[kMappable]) tRecord.lMappable = aMeasures[kMappable]->Value().ToLong();
-        oRegion->AddRecord(tRecord);
-        for (SeriesColumn& tSeries : vSeries)
-            tSeries.aValues.push_back(tSeries.oColumn->Value().ToDouble());
-        ++lRecords;
+        try {
+            TrackRecord tRecord{oPoint->X(),       oPoint->Y(),          Number(kElevation, 0),
+                                Number(kWidth, 0), Number(kDistance, 0), Number(kDuration, 0)};
+            if (aMeasures[kUTC]) tRecord.dUTC = UTCSeconds(aMeasures[kUTC]->Value());
+            if (aMeasures[kEngaged]) tRecord.bEngaged = aMeasures[kEngaged]->Value().ToBool();
+            if (aMeasures[kMappable]) tRecord.lMappable = aMeasures[kMappable]->Value().ToLong();
+            oRegion->AddRecord(tRecord);
+            for (SeriesColumn& tSeries : vSeries)
+                tSeries.aValues.push_back(tSeries.oColumn->Value().ToDouble());
+        } catch (const Error& oError) {
+            throw Failure(kExitInput, "record " + std::to_string(lRecord + 1) + " of " +
+                                          tInput.sPath + ": " + oError.sDescription);
+        }
+        ++lRecord;
     }
+    lRecords += lRecord;
     oConsole.SetContext({});
     lSkipped += oSource.RowsSkipped();
     oConsole.EndProgress();
