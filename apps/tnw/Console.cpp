@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <utility>
@@ -64,28 +65,51 @@ private:
     Console& m_oConsole;
 };
 
+// Bars 0 and 1: the value of either moves the bar on screen, and their texts follow the label
+// ("writing Regions 2 / 3").
 class Console::Bar final : public tnwGISCallback {
 public:
     explicit Bar(Console& oConsole) : m_oConsole(oConsole) {}
     void SetBarCount(std::int32_t) override {}
-    void SetBarText(std::int32_t, const std::string&) override {}
-    void SetBarRange(std::int32_t, double dMin, double dMax) override {
-        m_dMin = dMin;
-        m_dMax = dMax;
+    void SetBarText(std::int32_t lBar, const std::string& sText) override {
+        if (State* pBar = At(lBar)) pBar->sText = sText;
+        ShowTexts();
+    }
+    void SetBarRange(std::int32_t lBar, double dMin, double dMax) override {
+        if (State* pBar = At(lBar)) {
+            pBar->dMin = dMin;
+            pBar->dMax = dMax;
+        }
     }
     void SetBarValue(std::int32_t lBar, double dValue) override {
-        if (lBar != 0 || !(m_dMax > m_dMin)) return;
-        const double dShare = std::clamp((dValue - m_dMin) / (m_dMax - m_dMin), 0.0, 1.0);
+        const State* pBar = At(lBar);
+        if (!pBar || !(pBar->dMax > pBar->dMin)) return;
+        const double dShare =
+            std::clamp((dValue - pBar->dMin) / (pBar->dMax - pBar->dMin), 0.0, 1.0);
         m_oConsole.m_iBarPercent = static_cast<int>(std::floor(dShare * 100.0));
         m_oConsole.DrawBar();
     }
-    void ClearBarText(std::int32_t) override {}
+    void ClearBarText(std::int32_t lBar) override { SetBarText(lBar, ""); }
     void ResetBar(std::int32_t) override {}
 
 private:
+    struct State {
+        std::string sText;
+        double dMin = 0.0;
+        double dMax = 100.0;
+    };
+    State* At(std::int32_t lBar) {
+        return lBar == 0 || lBar == 1 ? &m_aBars[static_cast<std::size_t>(lBar)] : nullptr;
+    }
+    void ShowTexts() {
+        std::string& sTexts = m_oConsole.m_sBarTexts;
+        sTexts.clear();
+        for (const State& tBar : m_aBars)
+            if (!tBar.sText.empty()) sTexts += " " + tBar.sText;
+    }
+
     Console& m_oConsole;
-    double m_dMin = 0.0;
-    double m_dMax = 100.0;
+    std::array<State, 2> m_aBars;
 };
 
 Console::Console(bool bQuiet, bool bDebug)
@@ -147,6 +171,7 @@ void Console::Box(const std::string& sText, const std::string& sTitle) {
 
 std::shared_ptr<tnwGISCallback> Console::Progress(const std::string& sLabel) {
     m_sBarLabel = sLabel;
+    m_sBarTexts.clear();
     return std::make_shared<Bar>(*this);
 }
 
@@ -168,7 +193,7 @@ void Console::DrawBar() {
     if (!m_bTerminal || m_bQuiet || m_iBarPercent < 0) return;
     constexpr int kWidth = 30;
     const int iFilled = m_iBarPercent * kWidth / 100;
-    std::string sBar = "\r" + m_sBarLabel + " [" + std::string(iFilled, '=') +
+    std::string sBar = "\r" + m_sBarLabel + m_sBarTexts + " [" + std::string(iFilled, '=') +
                        std::string(kWidth - iFilled, ' ') + "] ";
     char aPercent[8];
     std::snprintf(aPercent, sizeof aPercent, "%3d%%", m_iBarPercent);

@@ -40,7 +40,8 @@ public:
     // last call. In debug mode boxes are also shown as they come.
     std::string TakeBoxText();
 
-    // A progress receiver drawing "label [=====     ]  42%" on stderr. EndProgress clears it.
+    // A progress receiver drawing "label [=====     ]  42%" on stderr, with the texts of bars 0
+    // and 1 after the label. EndProgress clears it.
     std::shared_ptr<tnwGISCallback> Progress(const std::string& sLabel);
     void EndProgress();
 
@@ -62,7 +63,8 @@ private:
     std::int64_t m_lReports = 0;
     std::string m_sBoxText;
     std::string m_sBarLabel;
-    int m_iBarPercent = -1;  // -1: no bar on screen
+    std::string m_sBarTexts;  // the bars' own texts, each led by a blank
+    int m_iBarPercent = -1;   // -1: no bar on screen
     platform::MessageBoxHook m_fnOldBox;
     std::shared_ptr<platform::ISettings> m_oOldSettings;
     ComponentCreator m_fnOldHandler;

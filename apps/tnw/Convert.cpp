@@ -44,26 +44,6 @@ void CheckOptionsFit(const OutputOptions& t, const FileKind& tOut) {
     }
 }
 
-// Refuses an output that would replace the file being read.
-void CheckNotInput(const std::string& sInput, const RecordWriter& oWriter,
-                   const std::string& sOutput) {
-    for (const auto& oCandidate : oWriter.Targets(sOutput)) {
-        std::error_code ec;
-        if (fs::equivalent(sInput, oCandidate, ec)) {
-            throw Failure(kExitUsage, "the output " + oCandidate.string() +
-                                          " would replace the input; choose another name");
-        }
-    }
-}
-
-void MakeFolder(const std::string& sOutput) {
-    const fs::path oFolder = fs::path(sOutput).parent_path();
-    std::error_code ec;
-    if (oFolder.empty() || fs::is_directory(oFolder, ec)) return;
-    fs::create_directories(oFolder, ec);
-    if (ec) throw Failure(kExitOutput, "can't create the folder " + oFolder.string());
-}
-
 struct Counts {
     std::int64_t lWritten = 0;
     std::int64_t lRefused = 0;
@@ -147,18 +127,6 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     oWriter->Close(tCounts.lWritten);
     oConsole.EndProgress();
 
-    std::uintmax_t nOutBytes = 0;
-    std::string sFiles;
-    for (const fs::path& oFile : oWriter->Files()) {
-        std::error_code ec;
-        nOutBytes += fs::file_size(oFile, ec);
-        if (sFiles.empty()) {
-            sFiles = oFile.string();
-        } else {
-            sFiles.push_back(' ');
-            sFiles += oFile.extension().string();
-        }
-    }
     std::error_code ec;
     const std::uintmax_t nInBytes = fs::file_size(tInput.sPath, ec);
     const double dSeconds =
@@ -167,8 +135,8 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     std::snprintf(aSeconds, sizeof aSeconds, "%.2f s", dSeconds);
     std::string sSummary = "read " + CountText(oSource.RecordsRead(), "record") + " from " +
                            tInput.sPath + " (" + SizeText(nInBytes) + "), wrote " +
-                           std::to_string(tCounts.lWritten) + " to " + sFiles + " (" +
-                           SizeText(nOutBytes) + oWriter->Detail() + ") in " + aSeconds;
+                           std::to_string(tCounts.lWritten) + " to " + OutputText(*oWriter) +
+                           " in " + aSeconds;
     oConsole.Summary(sSummary);
 
     if (oSource.RowsSkipped() > 0) {

@@ -9,6 +9,7 @@
 #include "Input.h"
 #include "core/Component.h"
 #include "core/Error.h"
+#include "core/VELDLib.h"
 #include "encoders/tnwASCIIEncoder.h"
 #include "encoders/tnwFSEncoder.h"
 #include "gislib/Projection.h"
@@ -236,6 +237,24 @@ public:
     std::string Detail() const override {
         return m_bTableOnly ? std::string() : std::string(", ") + NameOfGeometryType(m_eType);
     }
+    void WriteSummary(const OutputOptions& t, std::shared_ptr<VELDSummary> oSummary,
+                      Console& oConsole) override {
+        if (m_bTableOnly) RecordWriter::WriteSummary(t, std::move(oSummary), oConsole);
+        m_eType = tnwGeometryPoint;
+        // The fixed columns are narrow: a value rounds to its field or fails, never loses digits.
+        m_oEncoder.SetFitNumbersToFields(true);
+        m_oEncoder.SetXOffset(t.dXOffset.value_or(0.0));
+        m_oEncoder.SetYOffset(t.dYOffset.value_or(0.0));
+        if (m_oEncoder.ExportVELDSummary(oConsole.Progress("writing"), oSummary, t.sPath)) return;
+        const std::string sBox = BoxDetail(oConsole);
+        // A summary cut short must not pass for the whole one.
+        m_oEncoder.CloseFiles();
+        for (const char* sExtension : {".shp", ".shx", ".dbf", ".prj", ".mcd"}) {
+            std::error_code ec;
+            fs::remove(m_oEncoder.Filename() + sExtension, ec);
+        }
+        throw Failure(kExitOutput, "can't write the summary to " + t.sPath + sBox);
+    }
 
 private:
     // The table's text is UTF-8, the tool's narrow code page; the .cpg says so to readers.
@@ -379,6 +398,45 @@ private:
 };
 
 }  // namespace
+
+void RecordWriter::WriteSummary(const OutputOptions&, std::shared_ptr<VELDSummary>, Console&) {
+    throw Failure(kExitKind, "a summary is written as a shapefile set (.shp)");
+}
+
+void CheckNotInput(const std::string& sInput, const RecordWriter& oWriter,
+                   const std::string& sOutput) {
+    for (const auto& oCandidate : oWriter.Targets(sOutput)) {
+        std::error_code ec;
+        if (fs::equivalent(sInput, oCandidate, ec)) {
+            throw Failure(kExitUsage, "the output " + oCandidate.string() +
+                                          " would replace the input; choose another name");
+        }
+    }
+}
+
+void MakeFolder(const std::string& sOutput) {
+    const fs::path oFolder = fs::path(sOutput).parent_path();
+    std::error_code ec;
+    if (oFolder.empty() || fs::is_directory(oFolder, ec)) return;
+    fs::create_directories(oFolder, ec);
+    if (ec) throw Failure(kExitOutput, "can't create the folder " + oFolder.string());
+}
+
+std::string OutputText(const RecordWriter& oWriter) {
+    std::uintmax_t nBytes = 0;
+    std::string sFiles;
+    for (const fs::path& oFile : oWriter.Files()) {
+        std::error_code ec;
+        nBytes += fs::file_size(oFile, ec);
+        if (sFiles.empty()) {
+            sFiles = oFile.string();
+        } else {
+            sFiles.push_back(' ');
+            sFiles += oFile.extension().string();
+        }
+    }
+    return sFiles + " (" + SizeText(nBytes) + oWriter.Detail() + ")";
+}
 
 std::unique_ptr<RecordWriter> NewTextWriter() {
     return std::make_unique<TextWriter>();

@@ -10,6 +10,10 @@
 
 #include "core/Geometry.h"
 
+namespace tnw {
+class VELDSummary;
+}
+
 namespace tnw::cli {
 
 class Console;
@@ -36,7 +40,21 @@ public:
     virtual std::vector<std::filesystem::path> Targets(const std::string& sOutput) const = 0;
     // What the summary line adds about the output, such as ", points"; "" for nothing.
     virtual std::string Detail() const { return {}; }
+
+    // Writes a field-operation summary to tOptions.sPath instead of records. Failure kExitKind
+    // for a kind that holds no summary (all but a shapefile set), kExitOutput when it could not
+    // be written.
+    virtual void WriteSummary(const OutputOptions& tOptions, std::shared_ptr<VELDSummary> oSummary,
+                              Console& oConsole);
 };
+
+// Refuses an output that would replace an input file (kExitUsage).
+void CheckNotInput(const std::string& sInput, const RecordWriter& oWriter,
+                   const std::string& sOutput);
+// Makes the output's folder when it is missing (kExitOutput when it can't).
+void MakeFolder(const std::string& sOutput);
+// "out.shp .shx .dbf .prj .mcd (1.0 MiB, points)": the files written and their size.
+std::string OutputText(const RecordWriter& oWriter);
 
 std::unique_ptr<RecordWriter> NewTextWriter();
 std::unique_ptr<RecordWriter> NewTableWriter();

@@ -10,6 +10,7 @@
 #include "ExitCodes.h"
 #include "Info.h"
 #include "Preview.h"
+#include "Summary.h"
 #include "core/Error.h"
 
 using namespace tnw::cli;
@@ -202,6 +203,32 @@ int main(int argc, char** argv) {
         ->group("Map");
     AddInputOptions(*pPreview, tPreviewIn, true);
 
+    // summary
+    InputOptions tSummaryIn;
+    OutputOptions tSummaryOut;
+    std::vector<std::string> vSummaryFiles;
+    CLI::App* pSummary = oApp.add_subcommand(
+        "summary",
+        "Build a field-operation summary from yield logs, one region per log, and write it as "
+        "one point shapefile set");
+    pSummary->footer(std::string("Examples:\n"
+                                 "  tnw summary north.csv south.csv fields.shp\n"
+                                 "  tnw summary log.txt summary.shp --lon-col 2 --lat-col 3\n\n") +
+                     kGlobalOptions + kExitCodeHelp);
+    pSummary->fallthrough();
+    pSummary
+        ->add_option("files", vSummaryFiles,
+                     "Yield logs to read (text or .dbf with positions), then the .shp to write")
+        ->required()
+        ->expected(2, 1 << 20);
+    AddInputOptions(*pSummary, tSummaryIn, true);
+    pSummary->add_option("--to", tSummaryOut.sTo, "Kind of the output, whatever its extension")
+        ->group("Output");
+    pSummary->add_option("--x-offset", tSummaryOut.dXOffset, "Added to every x (longitude)")
+        ->group("Output");
+    pSummary->add_option("--y-offset", tSummaryOut.dYOffset, "Added to every y (latitude)")
+        ->group("Output");
+
     try {
         oApp.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -224,6 +251,11 @@ int main(int argc, char** argv) {
     try {
         if (pConvert->parsed()) return Convert(tConvertIn, tOut, oConsole);
         if (pInfo->parsed()) return Info(tInfoIn, oConsole);
+        if (pSummary->parsed()) {
+            tSummaryOut.sPath = vSummaryFiles.back();
+            vSummaryFiles.pop_back();
+            return Summary(vSummaryFiles, tSummaryIn, tSummaryOut, oConsole);
+        }
         return Preview(tPreviewIn, tPreview, oConsole);
     } catch (const Failure& oFailure) {
         oConsole.EndProgress();

@@ -33,6 +33,8 @@ std::string StandardDescription(std::int32_t lNumber) {
             return "ActiveX component can't create object";
         case errNoSuchMethod:
             return "Object doesn't support this property or method";
+        case errKeyExists:
+            return "This key is already associated with an element of this collection";
         default:
             return "Application-defined or object-defined error";
     }

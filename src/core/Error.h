@@ -22,6 +22,7 @@ enum ErrorNumber : std::int32_t {
     errObjectNotSet = 91,
     errCantCreateObject = 429,
     errNoSuchMethod = 438,
+    errKeyExists = 457,
 };
 
 // The library's own numbers.

@@ -23,6 +23,13 @@ enum tnwColumnFlags : std::int32_t {
     tnwFlagDate = 4096,
 };
 
+// A unit of measure as the column library gives it: the object behind a column's unit number.
+class tnwUnit : public virtual IComponent {
+public:
+    // A whole-number option of the unit, kept by the unit's owner.
+    virtual void SetUnitOption(std::int32_t lUnitOption) = 0;
+};
+
 class tnwColumn : public virtual IComponent {
 public:
     virtual const std::string& Key() const = 0;
@@ -34,6 +41,8 @@ public:
     virtual std::int32_t Kind() const = 0;
     virtual std::int32_t Flags() const = 0;
     virtual std::int32_t Unit() const = 0;
+    // The unit object behind Unit(), as outside objects that convert values take it.
+    virtual std::shared_ptr<tnwUnit> UnitObject() const = 0;
     virtual const std::string& Tag() const = 0;
     virtual bool Visible() const = 0;
     virtual void SetVisible(bool bVisible) = 0;

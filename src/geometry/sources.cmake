@@ -1,3 +1,4 @@
 # Sources of src/geometry (target tnw_geometry), relative to this folder.
 set(tnw_sources
-    Flatten.cpp)
+    Flatten.cpp
+    Summary.cpp)

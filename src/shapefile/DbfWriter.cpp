@@ -111,7 +111,8 @@ void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
     tHeader.iRecordLength = static_cast<std::int16_t>(lRecordLength);
 }
 
-bool WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn, bool bBlankEmpty) {
+bool WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn, bool bBlankEmpty,
+                     bool bFitNumbers) {
     if (IsGeometryColumn(oColumn)) return true;
     const auto nSize = static_cast<std::size_t>(FieldByte(oColumn.Size()));
     const Variant& vValue = oColumn.Value();
@@ -134,8 +135,19 @@ bool WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn, bool bBlank
             sRecord += FormatYYYYMMDD(vValue.ToDate());
             return FitRight(sRecord, nAt, nSize);
         default:
-            // Never rounded to Precision: the number keeps the digits of its text.
-            AppendNumberText(sRecord, vValue);
+            if (!bFitNumbers || !vValue.IsNumeric()) {
+                // Never rounded to Precision: the number keeps the digits of its text.
+                AppendNumberText(sRecord, vValue);
+            } else {
+                if (const double* pDouble = vValue.As<double>()) {
+                    AppendNumberText(sRecord,
+                                     RoundHalfEven(*pDouble, FieldByte(oColumn.Precision())));
+                } else {
+                    AppendNumberText(sRecord, vValue);
+                }
+                const std::size_t nDigitsAt = sRecord[nAt] == ' ' ? nAt + 1 : nAt;
+                if (sRecord.size() - nDigitsAt > nSize) Raise(errOverflow);
+            }
             return FitRight(sRecord, nAt, nSize);
     }
 }

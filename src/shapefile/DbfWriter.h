@@ -45,7 +45,10 @@ void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
                           const tnwColumn& oColumn);
 
 // Appends the column's current value to sRecord, exactly Size bytes. With bBlankEmpty an empty
-// value is a blank field. False when the value's text did not fit and was cut.
-bool WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn, bool bBlankEmpty = false);
+// value is a blank field. With bFitNumbers a double is first rounded half to even to the
+// column's Precision, and a number whose text is wider than the field (a leading blank aside) is
+// error 6 rather than cut on the left. False when the value's text did not fit and was cut.
+bool WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn, bool bBlankEmpty = false,
+                     bool bFitNumbers = false);
 
 }  // namespace tnw::detail

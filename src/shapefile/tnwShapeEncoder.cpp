@@ -17,6 +17,7 @@ const std::string kSourceInitialize = "tnwShapeEncoder.Initialize";
 const std::string kSourceInitializeFile = "tnwShapeEncoder.InitializeFile";
 const std::string kSourceCloseFiles = "tnwShapeEncoder.CloseFiles";
 const std::string kSourceImportRS = "tnwShapeEncoder.ImportRS";
+const std::string kSourceExportVELDSummary = "tnwShapeEncoder.ExportVELDSummary";
 const std::string kSourceSetGeometry = "tnwShapeEncoder.SetGeometry";
 const std::string kSourceUpdate2 = "tnwShapeEncoder.Update2";
 const std::string kSourceWritePoint = "tnwShapeEncoder.WritePoint";
@@ -363,7 +364,8 @@ void tnwShapeEncoder::StageDbfRecord() {
     for (const auto& oColumn : m_oColumns->Items()) {
         if (!oColumn) Raise(errObjectNotSet);
         if (IsOutputColumn(*oColumn) &&
-            !detail::WriteFieldValue(m_sDbfRecord, *oColumn, m_bBlankEmptyValues)) {
+            !detail::WriteFieldValue(m_sDbfRecord, *oColumn, m_bBlankEmptyValues,
+                                     m_bFitNumbersToFields)) {
             m_vCutColumns.push_back(oColumn->Key());
         }
     }
@@ -493,6 +495,68 @@ bool tnwShapeEncoder::ImportRS(const std::string& sFilename, std::shared_ptr<tnw
         bResult = true;
     });
     return bResult;
+}
+
+// ---- Summary export ----
+
+bool tnwShapeEncoder::ExportVELDSummary(std::shared_ptr<tnwGISCallback> oCallback,
+                                        std::shared_ptr<VELDSummary> oSummary,
+                                        const std::string& sFilename) {
+    bool bResult = false;
+    Guard(kSourceExportVELDSummary, [&] {
+        if (!oSummary) return;
+        const detail::SummaryColumns tColumns = detail::BuildSummaryColumns(*oSummary);
+        SetGeometryType(tnwGeometryPoint);
+        if (!Initialize(sFilename, tColumns.oColumns, tnwGeometryPoint)) return;
+        const auto oRegions = oSummary->Regions();
+        if (!oRegions) Raise(errObjectNotSet);
+        std::string sOfCount;
+        if (oCallback) {
+            oCallback->SetBarText(0, "Regions");
+            oCallback->SetBarRange(0, 0.0, oRegions->Count());
+            sOfCount = " / " + std::to_string(oRegions->Count());
+        }
+        std::int32_t lRegion = 0;
+        for (const auto& oRegion : oRegions->Items()) {
+            ++lRegion;
+            const std::string sBarText = oCallback ? std::to_string(lRegion) + sOfCount : "";
+            ExportRegion(oCallback.get(), oRegion, tColumns, sBarText);
+        }
+        if (oCallback) {
+            oCallback->ClearBarText(0);
+            oCallback->ResetBar(0);
+        }
+        CloseFiles();
+        bResult = true;
+    });
+    return bResult;
+}
+
+void tnwShapeEncoder::ExportRegion(tnwGISCallback* pCallback,
+                                   const std::shared_ptr<VELDRegion>& oRegion,
+                                   const detail::SummaryColumns& tColumns,
+                                   const std::string& sBarText) {
+    if (!oRegion) Raise(errObjectNotSet);
+    detail::ClearSummaryValues(tColumns);
+    if (pCallback) {
+        pCallback->SetBarText(1, sBarText);
+        pCallback->SetBarRange(1, 0.0, oRegion->RecordCount());
+    }
+    if (auto oTrack = std::dynamic_pointer_cast<VELDTrackRegion>(oRegion)) {
+        const detail::RegionArrays tArrays = detail::ReadRegion(*oRegion, *oTrack, tColumns);
+        for (std::size_t i = 0; i < tArrays.aElevations.size(); ++i) {
+            if (2 * i + 1 >= tArrays.aPositions.size()) Raise(errSubscript);
+            m_dX = tArrays.aPositions[2 * i];
+            m_dY = tArrays.aPositions[2 * i + 1];
+            detail::SetRecordValues(*oRegion, tArrays, tColumns, i);
+            Update2(false);
+            if (pCallback && i % 100 == 0) pCallback->SetBarValue(1, static_cast<double>(i));
+        }
+    }
+    if (pCallback) {
+        pCallback->ClearBarText(1);
+        pCallback->ResetBar(1);
+    }
 }
 
 }  // namespace tnw

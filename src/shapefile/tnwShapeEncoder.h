@@ -16,7 +16,9 @@
 #include "core/Enums.h"
 #include "core/GISLib.h"
 #include "core/ItnwEncoder.h"
+#include "core/VELDLib.h"
 #include "geometry/Flatten.h"
+#include "geometry/Summary.h"
 #include "platform/File.h"
 #include "shapefile/DbfWriter.h"
 #include "shapefile/ShapeFormat.h"
@@ -46,6 +48,12 @@ public:
     void CloseFiles();
     // Writes a whole record source, reporting progress to Callback; the files stay open.
     bool ImportRS(const std::string& sFilename, std::shared_ptr<tnwRecordSource> oRS);
+    // Writes a field-operation summary as a point set, one record per recorded position of
+    // each region, one column per quantity, with progress on bars 0 and 1 of oCallback (which
+    // may be nothing), and closes the files. The encoder must be closed when it is called.
+    // On a failure the export stops there and leaves the files open.
+    bool ExportVELDSummary(std::shared_ptr<tnwGISCallback> oCallback,
+                           std::shared_ptr<VELDSummary> oSummary, const std::string& sFilename);
 
     tnwGeometryType GeometryType() const { return static_cast<tnwGeometryType>(m_eGeometryType); }
     void SetGeometryType(tnwGeometryType eGeometryType);
@@ -81,6 +89,11 @@ public:
     void SetCallback(std::shared_ptr<tnwGISCallback> oCallback) {
         m_oCallback = std::move(oCallback);
     }
+    // Off by default. On: a double is rounded to its column's Precision before it goes into its
+    // field, and a number too wide for its field fails its record (error 6) instead of losing
+    // its leading digits.
+    bool FitNumbersToFields() const { return m_bFitNumbersToFields; }
+    void SetFitNumbersToFields(bool bFit) { m_bFitNumbersToFields = bFit; }
     bool ExportCentroids() const { return m_bExportCentroids; }
     void SetExportCentroids(bool bExportCentroids) { m_bExportCentroids = bExportCentroids; }
 
@@ -129,6 +142,9 @@ private:
     void CommitRecord(std::int32_t lWords);
     std::string ColumnList() const;
     void CloseUnfinished();
+    // One region of the summary export: its records from the stored point, then Update2.
+    void ExportRegion(tnwGISCallback* pCallback, const std::shared_ptr<VELDRegion>& oRegion,
+                      const detail::SummaryColumns& tColumns, const std::string& sBarText);
 
     detail::DBFHeader m_tDbfHeader;
     detail::ShapeHeader m_tShpHeader;
@@ -154,6 +170,7 @@ private:
     bool m_bBlankEmptyValues = false;
     std::vector<std::string> m_vCutColumns;
     bool m_bExportCentroids = false;
+    bool m_bFitNumbersToFields = false;
     std::shared_ptr<tnwGISCallback> m_oCallback;
 
     // A write to one of the files failed: the set can no longer be finished whole.

@@ -1,6 +1,7 @@
 #include "gislib/Columns.h"
 
 #include "core/Error.h"
+#include "veld/Unit.h"
 
 namespace tnw::standins {
 
@@ -94,6 +95,10 @@ Column::Column(std::string_view sKey, std::string_view sName, std::string_view s
       m_bActive(bActive),
       m_vDefault(std::move(vDefault)) {
     if (!m_vDefault.IsAbsent()) m_vValue = m_vDefault;
+}
+
+std::shared_ptr<tnwUnit> Column::UnitObject() const {
+    return std::make_shared<standins::Unit>(m_lUnit);
 }
 
 std::string Column::Text() const {

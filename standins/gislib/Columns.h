@@ -42,6 +42,8 @@ public:
     std::int32_t Kind() const override { return m_lKind; }
     std::int32_t Flags() const override { return m_lFlags; }
     std::int32_t Unit() const override { return m_lUnit; }
+    // A new stand-in unit of that number (veld/Unit.h) at each call.
+    std::shared_ptr<tnwUnit> UnitObject() const override;
     const std::string& Tag() const override { return m_sTag; }
     bool Visible() const override { return m_bVisible; }
     void SetVisible(bool bVisible) override { m_bVisible = bVisible; }

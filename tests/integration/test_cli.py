@@ -368,6 +368,43 @@ class Previews(ToolCase):
         self.assertEqual((len(marks), legend), (len(rows("yield.csv")), None))
 
 
+class Summaries(ToolCase):
+    def test_logs_become_regions_of_one_point_set_in_the_columns_units(self):
+        north = self.write("north.csv", "Longitude,Latitude,Yield (bu/ac),Width (m),Duration (min),"
+                           "Engaged,Crop\n-93.5,42.0,150.5,9.15,0.5,0,Corn\n"
+                           "-93.4,42.1,160.25,9.144,0.25,1,Corn\n")
+        south = self.write("south.csv", "Lon,Lat,Elevation (m),Moisture (%)\n1,2,304.8,15.5\n")
+        code, out, err = run("summary", north, south, "--lon-col", "1", "--lat-col", "2",
+                             self.path("out/s.shp"))
+        self.assertEqual(code, 0, err)
+        self.assertIn("wrote a summary of 3 points in 2 regions", err)
+        self.check_set(self.path("out/s"))
+        fields, records = read_dbf(self.path("out/s.dbf"))
+        self.assertEqual([f[0] for f in fields],
+                         ["Elevation", "Width", "Distance", "Duration", "UTC", "Engaged", "Mappable",
+                          "Yield", "Moisture"])
+        # Metres and minutes become the feet, inches and seconds of the fixed columns, rounded to
+        # their fields (9.15 m is 360.24 in); a log without a quantity gives 0, one without
+        # Engaged counts as engaged.
+        self.assertEqual(records, [["0", "360", "0", "30", "0", "N", "1", "150.5", "0"],
+                                   ["0", "360", "0", "15", "0", "Y", "1", "160.25", "0"],
+                                   ["1000", "0", "0", "0", "0", "Y", "1", "0", "15.5"]])
+        self.assertEqual([shape[0] for shape in read_shp(self.path("out/s.shp"))[1]],
+                         [[(-93.5, 42.0)], [(-93.4, 42.1)], [(1.0, 2.0)]])
+
+    def test_refusals(self):
+        log = self.example("yield.csv")
+        self.assertIn("shapefile set", self.fails(4, "summary", log, self.path("s.dbf")))
+        self.convert_ok(log, self.path("s.dbf"))
+        self.assertIn("choose another name",
+                      self.fails(2, "summary", self.path("s.dbf"), self.path("s.shp")))
+        self.fails(2, "summary", self.path("s.shp"))
+        no_places = self.write("t.csv", "A,B\n1,2\n")
+        self.assertIn("no positions", self.fails(2, "summary", no_places, self.path("s.shp")))
+        feet = self.write("f.csv", "Longitude,Latitude,Width (bu/ac)\n1,2,3\n")
+        self.assertIn("can't turn into inches", self.fails(3, "summary", feet, self.path("s.shp")))
+
+
 class Progress(ToolCase):
     def on_terminal(self, *args):
         """Runs tnw with stderr on a pseudo-terminal; gives what it drew there."""
@@ -395,6 +432,12 @@ class Progress(ToolCase):
                                           self.path("b.shp")), "")
         _, err = self.convert(self.example("yield.csv"), "c.shp")
         self.assertEqual(len(err.strip().splitlines()), 1)
+
+    def test_summary_bar_names_the_region(self):
+        log = self.example("yield.csv")
+        code, seen = self.run_on_terminal("summary", log, log, self.path("s.shp"))
+        self.assertEqual(code, 0)
+        self.assertIn("writing Regions 2 / 2 [", seen)
 
 
 def read_plan(path):

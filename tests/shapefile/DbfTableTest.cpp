@@ -111,6 +111,40 @@ TEST_F(DbfFixture, ValuesAreFittedToTheirWidth) {
     EXPECT_TRUE(capture.vReports.empty());
 }
 
+// With FitNumbersToFields a double rounds to its Precision, and a number too wide for its field
+// fails its record rather than lose its leading digits.
+TEST_F(DbfFixture, FittedNumbersRoundOrFail) {
+    struct Case {
+        std::int16_t iSize, iPrecision;
+        Variant vValue;
+        std::string sField;  // "" when the record is refused
+    };
+    const std::vector<Case> vCases = {
+        {4, 0, 360.23622047244, " 360"},
+        {3, 0, 1.25, "  1"},
+        {4, 0, 2.5, "   2"},
+        {6, 1, 1021.849, "1021.8"},
+        {6, 1, -0.04, "     0"},
+        {10, 0, 1e9 + 0.5, "1000000000"},
+        {6, 1, 123456.7, ""},
+        {3, 0, std::int32_t{1234}, ""},
+    };
+    encoder.SetFitNumbersToFields(true);
+    for (const Case& tCase : vCases) {
+        SCOPED_TRACE(tCase.sField);
+        auto oColumns1 = NewColumns();
+        AddColumn(*oColumns1, "F", vtDouble, tCase.iSize, tCase.iPrecision)->SetValue(tCase.vValue);
+        ASSERT_TRUE(encoder.InitializeFile(Base(), oColumns1));
+        EXPECT_EQ(encoder.Update(), !tCase.sField.empty());
+        encoder.CloseFiles();
+        if (!tCase.sField.empty()) {
+            EXPECT_EQ(Dbf().substr(66, tCase.iSize), tCase.sField);
+        }
+    }
+    EXPECT_EQ(capture.vReports.size(), 2u);  // the two refused, each as error 6
+    EXPECT_EQ(capture.vReports.back().lNumber, errOverflow);
+}
+
 TEST_F(DbfFixture, InvisibleAndGeometryColumns) {
     AddColumn(*oColumns, "A", vtDouble, 2)->SetValue(1.0);
     AddColumn(*oColumns, "B", vtDouble, 3, 0, false)->SetValue(2.0);

@@ -11,25 +11,6 @@
 namespace tnw::test {
 namespace {
 
-class RecordingCallback final : public tnwGISCallback {
-public:
-    std::vector<std::string> vCalls;
-    void SetBarCount(std::int32_t l) override { Note("SetBarCount", l); }
-    void SetBarText(std::int32_t l, const std::string& s) override { Note("SetBarText", l, s); }
-    void SetBarRange(std::int32_t l, double d0, double d1) override {
-        Note("SetBarRange", l, Num(d0) + "," + Num(d1));
-    }
-    void SetBarValue(std::int32_t l, double d) override { Note("SetBarValue", l, Num(d)); }
-    void ClearBarText(std::int32_t l) override { Note("ClearBarText", l); }
-    void ResetBar(std::int32_t l) override { Note("ResetBar", l); }
-
-private:
-    static std::string Num(double d) { return std::to_string(d); }
-    void Note(const char* sCall, std::int32_t l, const std::string& s = "-") {
-        vCalls.push_back(std::string(sCall) + "(" + std::to_string(l) + "," + s + ")");
-    }
-};
-
 // The stand-in source, counting how often RecordCount is read and able to misstate it.
 class CountingSource final : public tnwRecordSource {
 public:

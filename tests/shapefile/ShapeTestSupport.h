@@ -48,6 +48,26 @@ inline double LittleDouble(const std::string& s, std::size_t n) {
     return platform::GetLEDouble(At(s, n));
 }
 
+// A progress callback that notes each call as "Name(bar,argument)".
+class RecordingCallback final : public tnwGISCallback {
+public:
+    std::vector<std::string> vCalls;
+    void SetBarCount(std::int32_t l) override { Note("SetBarCount", l); }
+    void SetBarText(std::int32_t l, const std::string& s) override { Note("SetBarText", l, s); }
+    void SetBarRange(std::int32_t l, double d0, double d1) override {
+        Note("SetBarRange", l, Num(d0) + "," + Num(d1));
+    }
+    void SetBarValue(std::int32_t l, double d) override { Note("SetBarValue", l, Num(d)); }
+    void ClearBarText(std::int32_t l) override { Note("ClearBarText", l); }
+    void ResetBar(std::int32_t l) override { Note("ResetBar", l); }
+
+private:
+    static std::string Num(double d) { return std::to_string(d); }
+    void Note(const char* sCall, std::int32_t l, const std::string& s = "-") {
+        vCalls.push_back(std::string(sCall) + "(" + std::to_string(l) + "," + s + ")");
+    }
+};
+
 // GDAL's reading of a set (with the system Python, which has the GDAL bindings): a line of field
 // definitions, then a line per feature with its geometry and the Python repr of each field, then
 // any message GDAL gave.
