@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "FileKind.h"
 #include "bridge/tnwDecoderRecordSource.h"
@@ -27,6 +28,7 @@ struct Input {
     std::shared_ptr<tnwDecoderRecordSource> oSource;
     TNW_Encoders_GeometryFormats eFormat = TNW_GeometryFormat_None;  // how records carry geometry
     std::shared_ptr<tnwASCIIDecoder> oText;  // the decoder of a text input, for what info tells
+    std::vector<std::string> vWarnings;      // what the opener has to tell about the input
 };
 
 // Opens a file as a record source through its kind's row. Failures: kExitInput for a file that
@@ -39,6 +41,9 @@ Input OpenInput(const InputOptions& tOptions);
 // ends a line. The column that holds the well-known text is hidden: the geometry carries it.
 void OpenText(const InputOptions& tOptions, Input& tInput);
 void OpenTable(const InputOptions& tOptions, Input& tInput);
+// A GPL log, with the columns of its companion table (.gpd) when it has one. Its name must end
+// in ".gpl": the reader knows a log by its name alone.
+void OpenLog(const InputOptions& tOptions, Input& tInput);
 
 // One delimiter character from what the user typed: a single character, or "tab", "\t",
 // "comma", "semicolon", "pipe", "space". Failure kExitUsage otherwise.

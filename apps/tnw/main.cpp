@@ -21,15 +21,15 @@ constexpr const char* kGlobalOptions =
 
 constexpr const char* kDescription =
     "tnw moves precision-agriculture field data between delimited text (.csv .txt .tsv), "
-    "dBase tables (.dbf) and shapefile sets (.shp), tells what a file holds, and draws a map "
-    "of it. File kinds follow the extension, case-insensitive.";
+    "dBase tables (.dbf), GPL logs (.gpl) and shapefile sets (.shp), tells what a file holds, "
+    "and draws a map of it. File kinds follow the extension, case-insensitive.";
 
 void AddInputOptions(CLI::App& oCommand, InputOptions& tInput, bool bDelimiter) {
     const char* sGroup = "Input";
     oCommand
         .add_option("--from", tInput.sFrom,
                     "Kind of the input, whatever its extension: csv, "
-                    "txt, tsv, dbf or shp")
+                    "txt, tsv, dbf, shp or gpl")
         ->group(sGroup);
     if (bDelimiter) {
         oCommand
@@ -81,15 +81,17 @@ int main(int argc, char** argv) {
     OutputOptions tOut;
     CLI::App* pConvert = oApp.add_subcommand(
         "convert",
-        "Convert a file: text or dBase records to a shapefile set, a dBase table or "
-        "delimited text");
+        "Convert a file: text, dBase or GPL log records to a shapefile set, a dBase table, "
+        "delimited text or a GPL log");
     pConvert->footer(
         std::string("Examples:\n"
                     "  tnw convert yield.csv yield.shp\n"
                     "  tnw convert boundaries.csv fields.shp --geometry region --wkt-col 3\n"
                     "  tnw convert table.dbf table.csv\n"
                     "  tnw convert yield.csv table.dbf\n"
-                    "  tnw convert yield.csv copy.txt --delimiter ';'\n\n") +
+                    "  tnw convert yield.csv copy.txt --delimiter ';'\n"
+                    "  tnw convert log.gpl log.shp\n"
+                    "  tnw convert yield.csv log.gpl\n\n") +
         kGlobalOptions + kExitCodeHelp);
     pConvert->fallthrough();
     pConvert->add_option("input", tConvertIn.sPath, "File to read")->required();
@@ -106,7 +108,7 @@ int main(int argc, char** argv) {
     pConvert
         ->add_option("--to", tOut.sTo,
                      "Kind of the output, whatever its extension: csv, txt, "
-                     "tsv, dbf or shp")
+                     "tsv, dbf, shp or gpl")
         ->group("Output");
     pConvert
         ->add_option("--delimiter", tOut.sDelimiter,

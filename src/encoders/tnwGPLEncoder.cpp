@@ -17,6 +17,8 @@ constexpr std::string_view kHeader =
     "Time , Latitude, Longitude, Elevation, SampleID, GPSQuality, Hoffset, HOffsetDir, RecordID, "
     "GPSSpeed, GPSHeading, Rate(RX), Rate(Actual), Swath(Actual)\r\n"
     "\r\n";
+constexpr std::string_view kStartLine = "STAR\r\n";
+constexpr std::string_view kStopLine = "STOP\r\n";
 constexpr std::int32_t kSecondsPerDay = 86400;
 
 // The seconds of the day in a UTC value: the whole days (the quotient cut toward zero) come off
@@ -65,6 +67,7 @@ bool tnwGPLEncoder::InitializeFile(const std::string& sFilenameIn,
         CloseFiles();
         iFile.Open(sName);
         iFile.Write(kHeader);
+        if (m_bWriteStartStop) iFile.Write(kStartLine);
     } catch (...) {
         const Error oError = CurrentError(std::current_exception());
         platform::ShowMessageBox("Error: " + oError.sDescription, "Ascii Error",
@@ -87,9 +90,9 @@ bool tnwGPLEncoder::Update() {
         // half line behind.
         m_sLine = std::to_string(lTime);
         m_sLine += ',';
-        AppendColumnField("Latitude");
+        AppendPositionField(true);
         m_sLine += ',';
-        AppendColumnField("Longitude");
+        AppendPositionField(false);
         m_sLine += ',';
         AppendColumnField("Elevation");
         m_sLine += ',';
@@ -110,12 +113,23 @@ void tnwGPLEncoder::AppendColumnField(std::string_view sKey) {
     }
 }
 
+void tnwGPLEncoder::AppendPositionField(bool bLatitude) {
+    const auto* pPoint = dynamic_cast<const IPoint*>(oGeometry.get());
+    if (m_bPositionFromPoint && pPoint) {
+        AppendNumberText(m_sLine, bLatitude ? pPoint->Y() : pPoint->X());
+    } else {
+        AppendColumnField(bLatitude ? "Latitude" : "Longitude");
+    }
+}
+
 void tnwGPLEncoder::CloseFiles() noexcept {
     if (iFile.Number() <= 0) return;
     try {
+        if (m_bWriteStartStop) iFile.Write(kStopLine);
         iFile.Close();
     } catch (...) {
         // Close-out ignores all errors; the file ends closed either way.
+        iFile.Abandon();
     }
 }
 

@@ -32,7 +32,8 @@ public:
     // Counts the line, then writes it. A line that fails leaves nothing in the file; the
     // failure goes to the error path and the result is false.
     bool Update();
-    // Closes the file; ignores all errors and may be called at any time.
+    // Closes the file (after its "STOP" line with WriteStartStop); ignores all errors and may be
+    // called at any time.
     void CloseFiles() noexcept;
 
     // Initialize with the source's own columns, then one Update per record. Failures of the
@@ -48,10 +49,20 @@ public:
     // The name actually opened.
     const std::string& Filename() const { return sFilename; }
 
-    // Extension, off by default: the file keeps the name it was given, extension and all, so
-    // that a log named "field.gpl" is written as "field.gpl". The command-line tool turns it on.
+    // Extensions, off by default; the command-line tool turns them on.
+    // The file keeps the name it was given, extension and all: "field.gpl" is written as
+    // "field.gpl" and so reads as a GPL log.
     bool KeepExtension() const { return m_bKeepExtension; }
     void SetKeepExtension(bool bKeep) { m_bKeepExtension = bKeep; }
+    // A held point gives Latitude (its Y) and Longitude (its X) in place of the columns of
+    // those keys, so a position that a record carries as its geometry is not lost. Without a
+    // point the columns serve as before.
+    bool PositionFromPoint() const { return m_bPositionFromPoint; }
+    void SetPositionFromPoint(bool bFromPoint) { m_bPositionFromPoint = bFromPoint; }
+    // A "STAR" line follows the header lines and a "STOP" line ends the log, so that a reader
+    // of GPL logs finds the records in one stretch. Set before InitializeFile.
+    bool WriteStartStop() const { return m_bWriteStartStop; }
+    void SetWriteStartStop(bool bWrite) { m_bWriteStartStop = bWrite; }
 
 private:
     std::shared_ptr<tnwColumns> ItnwEncoder_Columns() const override { return oColumns; }
@@ -68,6 +79,9 @@ private:
     std::string SettleName(const std::string& sFilenameIn) const;
     // The number text of the column keyed sKey, or "0" when there is none.
     void AppendColumnField(std::string_view sKey);
+    // Latitude (bLatitude) or longitude: from the held point when PositionFromPoint, else
+    // from the column.
+    void AppendPositionField(bool bLatitude);
 
     platform::OutputFile iFile;  // the file; its number is 0 while closed
     std::shared_ptr<IGeometry> oGeometry;
@@ -76,6 +90,8 @@ private:
     std::string sFilename;
     std::int32_t lSampleID = 0;  // lines of this object's whole life, over all its files
     bool m_bKeepExtension = false;
+    bool m_bPositionFromPoint = false;
+    bool m_bWriteStartStop = false;
     std::string m_sLine;  // the line being built, reused so that records allocate nothing
 };
 
