@@ -10,6 +10,7 @@
 #include "encoders/tnwGPLEncoder.h"
 #include "gislib/MemoryRecordSource.h"
 #include "ogc_sf/Geometries.h"
+#include "ogc_sf/WKT.h"
 #include "support/TestSupport.h"
 
 namespace tnw {
@@ -194,6 +195,31 @@ TEST_F(GPLEncoderTest, InterfaceAndImportRS) {
     oInterface.CloseFiles();
     EXPECT_EQ(test::ReadFile(dir.Path("direct")), sLines);
     EXPECT_EQ(test::ReadFile(dir.Path("interface")), sLines);
+}
+
+// What the tool turns on: the position from a held point (the columns without one), and one
+// start/stop stretch around the records.
+TEST_F(GPLEncoderTest, PositionFromPointAndStartStopLines) {
+    auto oList = ColumnsOf({{"Latitude", 1.0}, {"Longitude", 2.0}});
+    tnwGPLEncoder enc;
+    enc.SetPositionFromPoint(true);
+    enc.SetWriteStartStop(true);
+    ASSERT_TRUE(enc.Initialize(dir.Path("p"), oList));
+    EXPECT_TRUE(enc.Update());  // no geometry: the columns
+    enc.SetGeometry(standins::Point::Create(-93.25, 42.5));
+    EXPECT_TRUE(enc.Update());
+    EXPECT_TRUE(enc.Update());  // the point stays held
+    enc.SetGeometry(standins::ParseWKT("LINESTRING (5 6,7 8)"));
+    EXPECT_TRUE(enc.Update());
+    enc.CloseFiles();
+    enc.CloseFiles();
+    EXPECT_EQ(test::ReadFile(dir.Path("p")), kHeader +
+                                                 "STAR\r\n"
+                                                 "0, 1, 2,0,1,2,0,x,1,0,0,0,0,0\r\n"
+                                                 "0, 42.5,-93.25,0,2,2,0,x,1,0,0,0,0,0\r\n"
+                                                 "0, 42.5,-93.25,0,3,2,0,x,1,0,0,0,0,0\r\n"
+                                                 "0, 1, 2,0,4,2,0,x,1,0,0,0,0,0\r\n"
+                                                 "STOP\r\n");
 }
 
 }  // namespace
