@@ -83,6 +83,8 @@ bool tnwGPLEncoder::Update() {
     return Guard("tnwGPLEncoder.Update", [&] {
         if (lSampleID == std::numeric_limits<std::int32_t>::max()) Raise(errOverflow);
         ++lSampleID;  // moves before anything else can fail
+        // Every line writes something, so a closed file fails before any field is read.
+        if (!iFile.IsOpen()) Raise(errBadFileNumber);
         if (!oColumns) Raise(errObjectNotSet);
         const auto oUTC = oColumns->Item("UTC");
         const std::int32_t lTime = oUTC ? SecondsOfDay(oUTC->Value()) : 0;
@@ -100,7 +102,6 @@ bool tnwGPLEncoder::Update() {
         m_sLine += ",2,0,x,1,0,";
         AppendColumnField("Heading");
         m_sLine += ",0,0,0\r\n";
-        if (!iFile.IsOpen()) Raise(errBadFileNumber);
         iFile.Write(m_sLine);
     });
 }

@@ -121,25 +121,6 @@ TEST_F(RecordSourceTest, RefusedRowsArePassedOverAndCounted) {
     EXPECT_EQ(oSource.RowsSkipped(), 0);
 }
 
-// The command rows of a GPL log are steps of the decoder, not records.
-TEST_F(RecordSourceTest, GPLCommandRowsArePassedOverAndCounted) {
-    const std::string sLine = ", 42.5,-93.25, 300,1,2,0,x,1,0, 90,0,0,0\r\n";
-    WriteFile(m_oDir.Path("log.gpl"), "GPL11\r\nTime\r\n\r\nSTAR\r\n1" + sLine + "STOP\r\n" +
-                                          "STAR\r\n2" + sLine + "3" + sLine + "STOP\r\n");
-    auto oDecoder = std::make_shared<tnwASCIIDecoder>();
-    oDecoder->SetFilename(m_oDir.Path("log.gpl"));
-    tnwDecoderRecordSource oSource(oDecoder);
-    EXPECT_EQ(oSource.RecordCount(), 3);
-    std::vector<std::string> vTimes;
-    for (oSource.MoveFirst(); !oSource.Eof(); oSource.MoveNext())
-        vTimes.push_back(oSource.Columns()->Item("Time")->Text());
-    EXPECT_EQ(vTimes, (std::vector<std::string>{"1", "2", "3"}));
-    EXPECT_EQ(oSource.RecordsRead(), 3);
-    EXPECT_EQ(oSource.StartRows(), 2);
-    EXPECT_EQ(oSource.StopRows(), 2);
-    EXPECT_EQ(oSource.RowsSkipped(), 0);
-}
-
 TEST_F(RecordSourceTest, TableGoesThroughTextImportWithItsHeaderCount) {
     // A table written by the shapefile encoder, read back as a source.
     {
