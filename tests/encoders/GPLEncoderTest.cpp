@@ -4,7 +4,9 @@
 
 #include <filesystem>
 
+#include "core/Enums.h"
 #include "encoders/tnwGPLEncoder.h"
+#include "gislib/MemoryRecordSource.h"
 #include "ogc_sf/Geometries.h"
 #include "support/TestSupport.h"
 
@@ -74,6 +76,18 @@ TEST(GPLEncoderTest, LinesFromTheColumns) {
                   kHeader + (bTool ? "STAR\r\n0, 42.5,-93.25,0,1,2,0,x,1,0,0,0,0,0\r\nSTOP\r\n"
                                    : "0, 1,0,0,1,2,0,x,1,0,0,0,0,0\r\n"));
     }
+    // Through the interface and by ImportRS, as by hand.
+    auto oRS = std::make_shared<standins::MemoryRecordSource>(oList, tnwGeometryPoint);
+    oRS->AddRow({2.0}, nullptr);
+    tnwGPLEncoder oImporter;
+    ItnwEncoder& oInterface = oImporter;
+    EXPECT_FALSE(oInterface.ImportRS("none", nullptr));
+    ASSERT_TRUE(oInterface.ImportRS("rs", oRS));
+    oInterface.SetGeometry(nullptr);
+    oInterface.Update();
+    oInterface.CloseFiles();
+    EXPECT_EQ(test::ReadFile("rs"),
+              kHeader + "0, 2,0,0,1,2,0,x,1,0,0,0,0,0\r\n" + "0, 2,0,0,2,2,0,x,1,0,0,0,0,0\r\n");
     std::filesystem::current_path(oCurrent);
     ASSERT_EQ(capture.vBoxes.size(), 3u);
     EXPECT_EQ(capture.vBoxes[0].sTitle + capture.vBoxes[0].sText.substr(0, 21),
