@@ -44,6 +44,9 @@ void OpenTable(const InputOptions& tOptions, Input& tInput);
 // A GPL log, with the columns of its companion table (.gpd) when it has one. Its name must end
 // in ".gpl": the reader knows a log by its name alone.
 void OpenLog(const InputOptions& tOptions, Input& tInput);
+// A .shp with the values of its records from the .dbf beside it, each record's geometry as
+// stored (see ShapeGeometryReader).
+void OpenShapeSet(const InputOptions& tOptions, Input& tInput);
 
 // One delimiter character from what the user typed: a single character, or "tab", "\t",
 // "comma", "semicolon", "pipe", "space". Failure kExitUsage otherwise.

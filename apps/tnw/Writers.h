@@ -41,6 +41,7 @@ public:
 std::unique_ptr<RecordWriter> NewTextWriter();
 std::unique_ptr<RecordWriter> NewTableWriter();
 std::unique_ptr<RecordWriter> NewShapeSetWriter();
+std::unique_ptr<RecordWriter> NewPlanWriter();
 std::unique_ptr<RecordWriter> NewLogWriter();
 
 }  // namespace tnw::cli
