@@ -12,7 +12,7 @@ tnw=${1:-build-robust/apps/tnw/tnw}
 corpus=fuzz/corpus
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-mkdir -p "$corpus"/{dbf,delimited,shape_details,wkt,shape_writer,convert}
+mkdir -p "$corpus"/{dbf,delimited,gpl,shape_details,wkt,shape_writer,convert}
 
 # ---- Small inputs ----
 printf 'Longitude,Latitude,Yield (bu/ac),Moisture (%%),Crop,Flag\r\n-93.25,42.5,180.5,15.1,"Corn",T\r\n-93.26,42.51,.5,-2,"Soy, beans",F\r\n0,0,1E+20,&H10,"",N\r\n' \
@@ -165,5 +165,36 @@ done
 { printf '\x01'; cat "$work/lib_lonlat.csv"; } >"$corpus/convert/text_lonlat"
 { printf '\x0f'; cat "$work/shapes.csv"; } >"$corpus/convert/text_polygons"
 { printf '\x0b'; cat "$work/lines.csv"; } >"$corpus/convert/text_lines"
+
+# ---- GPL logs: a companion table's length (2 bytes, little-endian), the table, the log (see
+# FuzzGPL.cpp) ----
+python3 - "$corpus/gpl" <<'EOF'
+import os, struct, sys
+out = sys.argv[1]
+top = (b"GPL11\r\nTime , Latitude, Longitude, Elevation, SampleID, GPSQuality, Hoffset, HOffsetDir, "
+       b"RecordID, GPSSpeed, GPSHeading, Rate(RX), Rate(Actual), Swath(Actual)\r\n\r\n")
+def line(time, record=b"1"):
+    return b"%d, 42.5,-93.25, 300,1,2,0,x,%s,0, 90,0,0,0\r\n" % (time, record)
+def table(count=None):
+    fields = [(b"NAME", b"C", 6, 0), (b"RATE", b"N", 6, 1), (b"Swath", b"N", 4, 0)]
+    rows = [b" one      1.5  10", b" two      2.5  20", b" three    3.5  30"]
+    length = 1 + sum(f[2] for f in fields)
+    head = struct.pack("<B3BIHH20x", 3, 95, 3, 31, len(rows) if count is None else count,
+                       32 + 32 * len(fields) + 1, length)
+    for name, kind, width, decimals in fields:
+        head += name.ljust(11, b"\0") + kind + b"\0" * 4 + bytes([width, decimals]) + b"\0" * 14
+    return head + b"\r" + b"".join(rows) + b"\x1a"
+def seed(name, log, companion=b""):
+    with open(os.path.join(out, name), "wb") as f:
+        f.write(struct.pack("<H", len(companion)) + companion + log)
+seed("five_lines", b"GPL11\r\nTime , Latitude\r\nSTAR\r\n" + line(61) + b"STOP here\r\n")
+seed("commands", top + b"star\r\nSTOP\r\n" + line(1) + b"STARTED\r\n" + line(2) + b"STOPPED\r\n"
+     + line(3) + b"STAR\r\n1,2,3\r\n  \r\n")
+joined = top + b"STAR\r\n" + b"".join(line(1, r) for r in [b"0", b"2", b"2", b"1", b"3", b"4", b"9", b"1e9"])
+seed("join", joined, table())
+seed("join_truncated", joined, table(1000))
+seed("join_cut", joined, table()[:-8])
+seed("writer_only", top + line(86461) + line(5))
+EOF
 
 echo "seeds: $(find "$corpus" -type f | wc -l) files in $corpus"

@@ -116,6 +116,8 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     // the input is lost whatever its code page.
     platform::SetNarrowCodePage(platform::CodePage::Utf8);
     Input tInput = OpenInput(tInputOptions);
+    for (const std::string& sWarning : tInput.vWarnings)
+        oConsole.Warn(sWarning);
     const std::unique_ptr<RecordWriter> oWriter = tOut.fnNewWriter();
     CheckNotInput(tInput.sPath, *oWriter, t.sPath);
     tnwDecoderRecordSource& oSource = *tInput.oSource;
@@ -133,8 +135,14 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
         std::chrono::duration<double>(std::chrono::steady_clock::now() - tStart).count();
     char aSeconds[32];
     std::snprintf(aSeconds, sizeof aSeconds, "%.2f s", dSeconds);
-    std::string sSummary = "read " + CountText(oSource.RecordsRead(), "record") + " from " +
-                           tInput.sPath + " (" + SizeText(nInBytes) + "), wrote " +
+    // Command rows (the start and stop rows of a GPL log) are steps of the input, not records.
+    std::string sCommands;
+    if (oSource.StartRows() + oSource.StopRows() > 0) {
+        sCommands = ", " + CountText(oSource.StartRows(), "start row") + " and " +
+                    CountText(oSource.StopRows(), "stop row");
+    }
+    std::string sSummary = "read " + CountText(oSource.RecordsRead(), "record") + sCommands +
+                           " from " + tInput.sPath + " (" + SizeText(nInBytes) + "), wrote " +
                            std::to_string(tCounts.lWritten) + " to " + OutputText(*oWriter) +
                            " in " + aSeconds;
     oConsole.Summary(sSummary);

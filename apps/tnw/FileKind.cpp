@@ -26,6 +26,7 @@ constexpr std::string_view kTextNames[] = {"csv", "txt", "tsv", "text"};
 constexpr std::string_view kTableNames[] = {"dbf"};
 constexpr std::string_view kShapeNames[] = {"shp"};
 constexpr std::string_view kPlanNames[] = {"fpd"};
+constexpr std::string_view kLogNames[] = {"gpl"};
 
 const FileKind kKinds[] = {
     {"delimited text", kTextNames, OpenText, NewTextWriter, TextInfo, kTextOptions, true},
@@ -33,6 +34,7 @@ const FileKind kKinds[] = {
     {"shapefile set", kShapeNames, OpenShapeSet, NewShapeSetWriter, ShapesInfo, kShapeOptions,
      false},
     {"plan-grid file", kPlanNames, nullptr, NewPlanWriter, PlanInfo, kPlanOptions, false},
+    {"GPL log", kLogNames, OpenLog, NewLogWriter, LogInfo, 0, false},
 };
 
 const FileKind* KindOfName(std::string_view sName) {

@@ -177,6 +177,35 @@ void TextInfo(const InputOptions& tOptions, Console&) {
     }
 }
 
+void LogInfo(const InputOptions& tOptions, Console& oConsole) {
+    Input tInput = OpenInput(tOptions);
+    for (const std::string& sWarning : tInput.vWarnings)
+        oConsole.Warn(sWarning);
+    const tnwASCIIDecoder& oLog = *tInput.oText;
+    tnwDecoderRecordSource& oSource = *tInput.oSource;
+    for (oSource.MoveFirst(); !oSource.Eof(); oSource.MoveNext()) {
+    }
+    std::error_code ec;
+    Field("File:", tInput.sPath + " (" + SizeText(fs::file_size(tInput.sPath, ec)) + ")");
+    Field("Kind:", "GPL log");
+    Field("Geometry:", "points: latitude in field 2, longitude in field 3");
+    Field("Records:", std::to_string(oSource.RecordsRead()) + " in " +
+                          CountText(oSource.StartRows(), "start row") + " (\"STAR\"), " +
+                          CountText(oSource.StopRows(), "stop row") + " (\"STOP\")");
+    if (oSource.RowsSkipped() > 0) {
+        Field("Skipped:", CountText(oSource.RowsSkipped(), "row") + " that could not be read");
+    }
+    Field("Table:", oLog.GPDSchema().empty() ? std::string("none (no .gpd beside it)")
+                                             : "the .gpd beside it: " + oLog.GPDSchema());
+    const auto& vColumns = oLog.Columns()->Items();
+    Field("Columns:", std::to_string(vColumns.size()));
+    for (const auto& oColumn : vColumns) {
+        std::printf("  %-12s %-6s field %d%s\n", oColumn->Key().c_str(),
+                    oColumn->Type() == vtString ? "text" : "number", oColumn->Position(),
+                    oColumn->Visible() ? "" : ", hidden");
+    }
+}
+
 ExitCode Info(const InputOptions& tInput, Console& oConsole) {
     const FileKind& tKind = ResolveKind(tInput.sPath, tInput.sFrom);
     RequireFile(tInput.sPath);

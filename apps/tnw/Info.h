@@ -15,5 +15,7 @@ void TableInfo(const InputOptions& tOptions, Console& oConsole);
 void ShapesInfo(const InputOptions& tOptions, Console& oConsole);
 // The totals of a plan-grid file's header.
 void PlanInfo(const InputOptions& tOptions, Console& oConsole);
+// The records of a GPL log, its start and stop rows and its companion table.
+void LogInfo(const InputOptions& tOptions, Console& oConsole);
 
 }  // namespace tnw::cli

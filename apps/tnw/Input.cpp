@@ -14,6 +14,8 @@
 
 namespace tnw::cli {
 
+namespace fs = std::filesystem;
+
 namespace {
 
 // The Size of a text column of a text input: more than a line holds, so nothing is cut.
@@ -233,6 +235,35 @@ void OpenTable(const InputOptions& tOptions, Input& tInput) {
     SetGeometryFields(tOptions, oDecoder->Columns()->Count(), *oDecoder);
     tInput.eFormat = oDecoder->GeometryFormat();
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
+}
+
+void OpenLog(const InputOptions& tOptions, Input& tInput) {
+    if (tOptions.lLonCol > 0 || tOptions.lLatCol > 0 || tOptions.lWKTCol > 0) {
+        throw Failure(kExitUsage,
+                      "a GPL log has its position in fields 2 and 3; --lon-col, "
+                      "--lat-col and --wkt-col don't apply");
+    }
+    auto oDecoder = std::make_shared<tnwASCIIDecoder>();
+    oDecoder->SetLineFeedEndsLine(true);
+    oDecoder->SetFilename(tOptions.sPath);
+    if (!oDecoder->GPL()) {
+        throw Failure(kExitUsage, tOptions.sPath +
+                                      " is read as a GPL log only when its name ends "
+                                      "in .gpl");
+    }
+    const fs::path oBase = fs::path(tOptions.sPath).replace_extension();
+    for (const char* sExtension : {".gpd", ".GPD"}) {
+        const std::string sTable = oBase.string() + sExtension;
+        std::error_code ec;
+        if (fs::exists(sTable, ec) && oDecoder->GPDSchema().empty()) {
+            tInput.vWarnings.push_back("the companion table " + sTable +
+                                       " adds no columns: it is empty or could not be read");
+            break;
+        }
+    }
+    tInput.oText = oDecoder;
+    tInput.eFormat = oDecoder->GeometryFormat();
+    tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder);
 }
 
 void OpenShapeSet(const InputOptions& tOptions, Input& tInput) {

@@ -37,6 +37,7 @@ struct Input {
     // The keys of the current record's columns whose text was no value of its type and was
     // read as NULL; unset for a kind that reads every text it meets.
     std::function<std::vector<std::string>()> fnLostColumns;
+    std::vector<std::string> vWarnings;      // what the opener has to tell about the input
 };
 
 // Opens a file as a record source through its kind's row. Failures: kExitInput for a file that
@@ -53,6 +54,9 @@ Input OpenInput(const InputOptions& tOptions);
 // the well-known text is hidden: the geometry carries it.
 void OpenText(const InputOptions& tOptions, Input& tInput);
 void OpenTable(const InputOptions& tOptions, Input& tInput);
+// A GPL log, with the columns of its companion table (.gpd) when it has one. Its name must end
+// in ".gpl": the reader knows a log by its name alone.
+void OpenLog(const InputOptions& tOptions, Input& tInput);
 // A .shp with the values of its records from the .dbf beside it, each record's geometry as
 // stored (see ShapeGeometryReader).
 void OpenShapeSet(const InputOptions& tOptions, Input& tInput);

@@ -12,6 +12,7 @@
 #include "core/VELDLib.h"
 #include "encoders/tnwASCIIEncoder.h"
 #include "encoders/tnwFSEncoder.h"
+#include "encoders/tnwGPLEncoder.h"
 #include "gislib/Projection.h"
 #include "platform/File.h"
 #include "shapefile/tnwShapeEncoder.h"
@@ -56,6 +57,33 @@ public:
 
 private:
     tnwASCIIEncoder m_oEncoder;
+};
+
+// A GPL log under the name given, extension and all, in one start/stop stretch, so that the
+// tool reads back what it wrote. The position comes from a record's point, else from the
+// columns keyed Latitude and Longitude.
+class LogWriter final : public RecordWriter {
+public:
+    void Open(const OutputOptions& t, Input& tInput, Console& oConsole) override {
+        m_oEncoder.SetKeepExtension(true);
+        m_oEncoder.SetPositionFromPoint(true);
+        m_oEncoder.SetWriteStartStop(true);
+        if (!m_oEncoder.InitializeFile(t.sPath, tInput.oSource->Columns())) {
+            throw Failure(kExitOutput, "can't create " + t.sPath + BoxDetail(oConsole));
+        }
+    }
+    bool Write(const std::shared_ptr<IGeometry>& oGeometry) override {
+        m_oEncoder.SetGeometry(oGeometry);
+        return m_oEncoder.Update();
+    }
+    void Close(std::int64_t) override { m_oEncoder.CloseFiles(); }
+    std::vector<fs::path> Files() const override { return {fs::path(m_oEncoder.Filename())}; }
+    std::vector<fs::path> Targets(const std::string& sOutput) const override {
+        return {fs::path(sOutput)};
+    }
+
+private:
+    tnwGPLEncoder m_oEncoder;
 };
 
 const char* NameOfGeometryType(std::int32_t eType) {
@@ -449,6 +477,9 @@ std::unique_ptr<RecordWriter> NewShapeSetWriter() {
 }
 std::unique_ptr<RecordWriter> NewPlanWriter() {
     return std::make_unique<PlanWriter>();
+}
+std::unique_ptr<RecordWriter> NewLogWriter() {
+    return std::make_unique<LogWriter>();
 }
 
 }  // namespace tnw::cli

@@ -60,5 +60,6 @@ std::unique_ptr<RecordWriter> NewTextWriter();
 std::unique_ptr<RecordWriter> NewTableWriter();
 std::unique_ptr<RecordWriter> NewShapeSetWriter();
 std::unique_ptr<RecordWriter> NewPlanWriter();
+std::unique_ptr<RecordWriter> NewLogWriter();
 
 }  // namespace tnw::cli

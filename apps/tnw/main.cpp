@@ -22,16 +22,16 @@ constexpr const char* kGlobalOptions =
 
 constexpr const char* kDescription =
     "tnw moves precision-agriculture field data between delimited text (.csv .txt .tsv), "
-    "dBase tables (.dbf) and shapefile sets (.shp), writes application plans as plan-grid "
-    "files (.fpd), tells what a file holds, and draws a map of it. File kinds follow the "
-    "extension, case-insensitive.";
+    "dBase tables (.dbf), GPL logs (.gpl) and shapefile sets (.shp), writes application plans "
+    "as plan-grid files (.fpd), tells what a file holds, and draws a map of it. File kinds "
+    "follow the extension, case-insensitive.";
 
 void AddInputOptions(CLI::App& oCommand, InputOptions& tInput, bool bDelimiter) {
     const char* sGroup = "Input";
     oCommand
         .add_option("--from", tInput.sFrom,
                     "Kind of the input, whatever its extension: csv, "
-                    "txt, tsv, dbf or shp")
+                    "txt, tsv, dbf, shp or gpl")
         ->group(sGroup);
     if (bDelimiter) {
         oCommand
@@ -92,8 +92,8 @@ int main(int argc, char** argv) {
     OutputOptions tOut;
     CLI::App* pConvert = oApp.add_subcommand(
         "convert",
-        "Convert a file: text, dBase or shapefile records to a shapefile set, a dBase table, "
-        "delimited text or a plan-grid file");
+        "Convert a file: text, dBase, shapefile or GPL log records to a shapefile set, a dBase "
+        "table, delimited text, a plan-grid file or a GPL log");
     pConvert->footer(
         std::string("Examples:\n"
                     "  tnw convert yield.csv yield.shp\n"
@@ -101,7 +101,9 @@ int main(int argc, char** argv) {
                     "  tnw convert table.dbf table.csv\n"
                     "  tnw convert yield.csv table.dbf\n"
                     "  tnw convert yield.csv copy.txt --delimiter ';'\n"
-                    "  tnw convert zones.shp plan.fpd --rate RATE\n\n") +
+                    "  tnw convert zones.shp plan.fpd --rate RATE\n"
+                    "  tnw convert log.gpl log.shp\n"
+                    "  tnw convert yield.csv log.gpl\n\n") +
         kGlobalOptions + kExitCodeHelp);
     pConvert->fallthrough();
     pConvert->add_option("input", tConvertIn.sPath, "File to read")->required();
@@ -118,7 +120,7 @@ int main(int argc, char** argv) {
     pConvert
         ->add_option("--to", tOut.sTo,
                      "Kind of the output, whatever its extension: csv, txt, "
-                     "tsv, dbf, shp or fpd")
+                     "tsv, dbf, shp, fpd or gpl")
         ->group("Output");
     pConvert
         ->add_option("--delimiter", tOut.sDelimiter,

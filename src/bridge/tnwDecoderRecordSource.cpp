@@ -69,6 +69,8 @@ tnwDecoderRecordSource::tnwDecoderRecordSource(Decoder oDecoder, WKTParser fnPar
 void tnwDecoderRecordSource::MoveFirst() {
     m_lRecordsRead = 0;
     m_lRowsSkipped = 0;
+    m_lStartRows = 0;
+    m_lStopRows = 0;
     m_iPercentShown = -1;
     if (m_oCallback) {
         m_oCallback->SetBarCount(1);
@@ -91,8 +93,16 @@ void tnwDecoderRecordSource::Arrive(bool bRead) {
     // read errors up.
     if (auto* pText = std::get_if<std::shared_ptr<tnwASCIIDecoder>>(&m_oDecoder)) {
         tnwASCIIDecoder& oText = **pText;
-        while (!bRead && !oText.Eof()) {
-            ++m_lRowsSkipped;
+        while (!oText.Eof()) {
+            if (!bRead) {
+                ++m_lRowsSkipped;
+            } else if (oText.GPLStart()) {
+                ++m_lStartRows;
+            } else if (oText.GPLEnd()) {
+                ++m_lStopRows;
+            } else {
+                break;
+            }
             bRead = oText.MoveNext();
         }
     }
@@ -143,10 +153,10 @@ std::int32_t tnwDecoderRecordSource::CountTextRecords(const tnwASCIIDecoder& oDe
     tnwASCIIDecoder oTwin;
     SetUpTwin(oDecoder, oTwin);
     if (oTwin.MoveFirst().IsEmpty()) return 0;
-    // Each move that leaves the file open has consumed one row, read or refused.
+    // Each move that leaves the file open has consumed one row, read or refused, or a command.
     std::int64_t lCount = 0;
     while (!oTwin.Eof() && lCount < kMaxCount) {
-        ++lCount;
+        if (!oTwin.GPLStart() && !oTwin.GPLEnd()) ++lCount;
         oTwin.MoveNext();
     }
     return static_cast<std::int32_t>(lCount);

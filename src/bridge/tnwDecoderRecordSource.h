@@ -36,7 +36,9 @@ public:
     void MoveFirst() override;
     // Goes to the next record that the decoder could read. A row that the decoder refuses (a
     // missing geometry field, a line too long) has been reported on its error path; it is
-    // passed over and counted in RowsSkipped.
+    // passed over and counted in RowsSkipped. The start and stop command rows of a GPL log are
+    // steps of the decoder but no records: they are passed over and counted in StartRows and
+    // StopRows.
     void MoveNext() override;
     // True when no record is current: before MoveFirst and after the last record.
     bool Eof() const override { return !m_bOnRecord; }
@@ -45,7 +47,7 @@ public:
     // forward-only: its records are counted on demand by a second reader walking the same file
     // with the same delimiter, header rows and line ends, once, the first time the count is
     // asked for (a file that changes afterwards is not counted again). Rows the first reader
-    // will refuse are counted, as are the command lines of a GPL log.
+    // will refuse are counted; the command rows of a GPL log are not.
     std::int32_t RecordCount() const override;
 
     // The tnwGeometryType of the records. Unless the host has set one: 1 (Point) for longitude
@@ -78,9 +80,12 @@ public:
         m_oCallback = std::move(oCallback);
     }
 
-    // Records delivered, and rows passed over, since the last MoveFirst.
+    // Records delivered, rows passed over, and GPL start and stop rows passed over, since the
+    // last MoveFirst.
     std::int64_t RecordsRead() const { return m_lRecordsRead; }
     std::int64_t RowsSkipped() const { return m_lRowsSkipped; }
+    std::int64_t StartRows() const { return m_lStartRows; }
+    std::int64_t StopRows() const { return m_lStopRows; }
 
     // The tnwGeometryType that holds a geometry of this OGC type number: 0 for a collection
     // of mixed kinds or an unknown number.
@@ -107,6 +112,8 @@ private:
     bool m_bOnRecord = false;
     std::int64_t m_lRecordsRead = 0;
     std::int64_t m_lRowsSkipped = 0;
+    std::int64_t m_lStartRows = 0;
+    std::int64_t m_lStopRows = 0;
     int m_iPercentShown = -1;
 
     // Made on demand and kept for the current record or the whole walk.

@@ -2,5 +2,6 @@
 set(tnw_sources
     BuildColumns.cpp
     FieldArray.cpp
+    GPLDialect.cpp
     ParseLine.cpp
     tnwASCIIDecoder.cpp)

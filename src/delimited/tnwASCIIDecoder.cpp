@@ -22,8 +22,11 @@ void tnwASCIIDecoder::SetFilename(const std::string& sFilenameIn) {
     platform::InputFile oProbe;  // only a test that the file can be opened
     oProbe.Open(sFilename);
     oProbe.Close();
-    // A ".gpl" name is read as plain delimited text for now; the GPL dialect is not in yet.
-    bGPL = false;
+    if (IsGPLName(sFilename)) {
+        OpenGPL();
+    } else {
+        bGPL = false;
+    }
     bValidFile = true;
 }
 
@@ -138,7 +141,10 @@ Variant tnwASCIIDecoder::MoveFirst() {
     Variant vResult;
     Guard("tnwASCIIDecoder.MoveFirst", [&] {
         OpenFile();
-        if (oGPD) oGPD->MoveFirst();
+        if (oGPD) {
+            oGPD->MoveFirst();
+            m_bGPDEnded = false;
+        }
         bGPLStarted = false;
         sCurrentLine.clear();
         lCurrentRow = 0;
@@ -166,6 +172,15 @@ bool tnwASCIIDecoder::MoveNext() {
         while (!bFound && ReadLine(sCurrentLine, nBytes)) {
             lBytesRead += nBytes;
             if (sCurrentLine.empty()) continue;
+            if (bGPL) {
+                // A command is a row of its own, not parsed; what stands before the first
+                // start is passed over.
+                if (IsGPLCommand()) {
+                    bFound = true;
+                    break;
+                }
+                if (!bGPLStarted) continue;
+            }
             ReadRow();
             bFound = true;
         }
@@ -201,6 +216,7 @@ void tnwASCIIDecoder::ReadRow() {
             oColumn->SetValue(Variant(TextToNumber(sField)));
         }
     }
+    if (oGPD) JoinGPD();
 }
 
 FieldArray tnwASCIIDecoder::ReadHeaders(std::int32_t lRow) {

@@ -123,6 +123,16 @@ private:
     void ParseFixedWidth(std::string_view sLine, LineFields& aFields) const;
     bool BuildColumns(const FieldArray& aHeaders);
 
+    // The GPL dialect (GPLDialect.cpp). A name ending in ".gpl", in any case, is a log.
+    static bool IsGPLName(std::string_view sName);
+    // The settings, companion table and columns of a log.
+    void OpenGPL();
+    // A current line that begins with "STAR" or "STOP" is a command: sets the flags and gives
+    // true.
+    bool IsGPLCommand();
+    // Moves the companion table to the current record's number and copies its values over.
+    void JoinGPD();
+
     std::string sFilename;
     bool bValidFile = false;
     std::string sDelimiter = ",";
@@ -145,6 +155,7 @@ private:
     std::int32_t lRecordIDCol = 0;
     std::int32_t lRecordID = 0;  // the current row's record number, from field lRecordIDCol
     std::string sGPDString;
+    bool m_bGPDEnded = false;  // the table failed a move; it stays put until MoveFirst
 
     double dLongitude = 0.0;
     double dLatitude = 0.0;

@@ -1,4 +1,5 @@
 # Sources of src/encoders (target tnw_encoders), relative to this folder.
 set(tnw_sources
     tnwASCIIEncoder.cpp
-    tnwFSEncoder.cpp)
+    tnwFSEncoder.cpp
+    tnwGPLEncoder.cpp)

@@ -92,7 +92,7 @@ TEST_F(DBFDecoderTest, ValuesFollowTheRulesOfEachType) {
              .Row({"", "12abc", "2004-03-10", "n", "", ""})
              .Row({"last", "-1.5E2", "  ", "?", "", ""})
              .Row({"", "", "", "t"}).Row({"", "", "", "T"}).Row({"", "", "", "y"})
-             .Row({"", "", "", "-1"}).Row({"", "", "", "F"}));
+             .Row({"", "", "", "-1"}).Row({"", "", "", "F"});
     // clang-format on
     Open(oTable);
     // Per record: NAME, RATE, DAY, FLAG; a blank number is 0, a blank date and a false text

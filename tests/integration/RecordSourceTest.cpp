@@ -102,6 +102,20 @@ TEST_F(RecordSourceTest, RefusedRowsArePassedOverAndCounted) {
     EXPECT_EQ(oSource.RowsSkipped(), 0);
 }
 
+// The command rows of a GPL log are steps of the decoder, not records.
+TEST_F(RecordSourceTest, GPLCommandRowsArePassedOverAndCounted) {
+    WriteFile(m_oDir.Path("log.gpl"),
+              "GPL11\r\nSTAR\r\n1,,,,,,,,1\r\nSTOP\r\nSTAR\r\n2,,,,,,,,1\r\n");
+    auto oDecoder = std::make_shared<tnwASCIIDecoder>();
+    oDecoder->SetFilename(m_oDir.Path("log.gpl"));
+    tnwDecoderRecordSource oSource(oDecoder);
+    std::string sSeen = std::to_string(oSource.RecordCount());
+    for (oSource.MoveFirst(); !oSource.Eof(); oSource.MoveNext())
+        sSeen += oSource.Columns()->Item("Time")->Text();
+    EXPECT_EQ(sSeen + std::to_string(oSource.StartRows()) + std::to_string(oSource.StopRows()),
+              "21221");
+}
+
 TEST_F(RecordSourceTest, TableGoesThroughTextImportWithItsHeaderCount) {
     // A table written by the shapefile encoder, read back as a source.
     {

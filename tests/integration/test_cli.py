@@ -297,6 +297,33 @@ class Failures(ToolCase):
             self.assertIn("3  an input file is missing", out)
 
 
+class GPLLogs(ToolCase):
+    def test_log_with_a_companion_to_a_checked_set_and_records_to_a_log_and_back(self):
+        from osgeo import ogr
+        # The companion table, written by GDAL.
+        companion = self.write("companion.csv", "Variety,Rate\nP1197,32.5\nDKC62,34\n")
+        subprocess.run(["ogr2ogr", "-f", "ESRI Shapefile", self.path("log.dbf"), companion],
+                       check=True)
+        os.rename(self.path("log.dbf"), self.path("log.gpd"))
+        lines = ["%d, 42.5,-93.2%d, 300,1,2,0,x,%d,0, 90,0,0,0" % (t, t, r)
+                 for t, r in ((1, 1), (2, 2), (3, 2))]
+        src = self.write("log.gpl", "\r\n".join(["GPL11", "Time", "STAR", lines[0], "STOP",
+                                                 "STAR", *lines[1:], "STOP", ""]), newline="")
+        err = self.convert_ok(src, self.path("log.shp"))
+        self.assertIn("read 3 records, 2 start rows and 2 stop rows from", err)
+        self.check_set(self.path("log"))
+        source = ogr.Open(self.path("log.shp"))
+        got = [(f.GetField("Variety"), f.GetGeometryRef().GetX()) for f in source.GetLayer()]
+        self.assertEqual(got, [("P1197", -93.21), ("DKC62", -93.22), ("DKC62", -93.23)])
+        # Records written to a log by the tool read back value for value: places, elevation.
+        self.convert_ok(self.example("yield.csv"), self.path("y.gpl"))
+        self.convert_ok(self.path("y.gpl"), self.path("y.shp"), "--include-invisible")
+        self.convert_ok(self.example("yield.csv"), self.path("direct.shp"))
+        self.assertEqual(read_shp(self.path("y.shp")), read_shp(self.path("direct.shp")))
+        self.assertEqual([float(r[1]) for r in read_dbf(self.path("y.dbf"))[1]],
+                         [float(r[5]) for r in example_rows("yield.csv")[1:]])
+
+
 class Info(ToolCase):
     def test_sets_tables_and_text(self):
         fields, _ = self.convert(self.example("boundaries.csv"), "fields.shp", "--wkt-col", "3")
