@@ -1,0 +1,201 @@
+"""The Python module: values, geometry, writing and reading through the library, record
+sources, progress and failures. pyshp reads the written sets back as an outside oracle."""
+
+import datetime
+
+import pytest
+import shapefile  # pyshp
+
+import tnw
+
+np = pytest.importorskip("numpy")
+
+
+@pytest.fixture(autouse=True)
+def no_reports():
+    tnw.clear_error_reports()
+    yield
+    tnw.clear_error_reports()
+
+
+def columns_of(*specs):
+    columns = tnw.tnwColumns()
+    for key, kind in specs:
+        columns.Add(key, type=kind)
+    return columns
+
+
+@pytest.mark.parametrize("given, back", [
+    (None, None),
+    (True, True),
+    (-7, -7),
+    (2**40, float(2**40)),          # beyond 32 bits: a double, as the library's numbers
+    (0.1, 0.1),
+    ("Fält 7", "Fält 7"),
+    (datetime.date(2024, 3, 1), datetime.datetime(2024, 3, 1)),
+    (datetime.datetime(1899, 12, 29, 6), datetime.datetime(1899, 12, 29, 6)),  # day -1, 06:00
+    (np.int64(9), 9),
+    (np.bool_(False), False),
+    (np.float32(0.5), 0.5),
+])
+def test_values_keep_their_meaning(given, back):
+    column = columns_of(("V", tnw.vtString))["V"]
+    column.Value = given
+    assert column.Value == back and type(column.Value) is type(back)
+
+
+@pytest.mark.parametrize("wkt, interface", [
+    ("POINT (1.5 -2)", tnw.IPoint),
+    ("LINESTRING (0 0,1 1,2 0)", tnw.ILineString),
+    ("POLYGON ((0 0,0 1,1 1,0 0),(0.2 0.2,0.4 0.2,0.2 0.4,0.2 0.2))", tnw.IPolygon),
+    ("MULTIPOINT ((1 2),(3 4))", tnw.IMultiPoint),
+    ("MULTILINESTRING ((0 0,1 1),(2 2,3 3))", tnw.IMultiLineString),
+    ("MULTIPOLYGON (((0 0,0 1,1 1,0 0)),((5 5,5 6,6 6,5 5)))", tnw.IMultiPolygon),
+    ("GEOMETRYCOLLECTION (POINT (1 2),LINESTRING (0 0,1 1))", tnw.IGeometryCollection),
+])
+def test_geometry_comes_back_as_its_own_interface(wkt, interface):
+    geometry = tnw.ParseWKT(wkt)
+    assert isinstance(geometry, interface)
+    assert geometry.WKT == wkt and str(geometry) == wkt
+
+
+@pytest.mark.parametrize("made, wkt", [
+    (lambda: tnw.Point(3, 4), "POINT (3 4)"),
+    (lambda: tnw.LineString([(0, 0), tnw.Point(1, 2)]), "LINESTRING (0 0,1 2)"),
+    (lambda: tnw.Polygon([(0, 0), (0, 4), (4, 4), (0, 0)], [[(1, 1), (2, 1), (1, 2), (1, 1)]]),
+     "POLYGON ((0 0,0 4,4 4,0 0),(1 1,2 1,1 2,1 1))"),
+    (lambda: tnw.MultiPoint([(1, 2), tnw.Point(3, 4)]), "MULTIPOINT ((1 2),(3 4))"),
+    (lambda: tnw.MultiPolygon([[[(0, 0), (0, 1), (1, 1), (0, 0)]]]),
+     "MULTIPOLYGON (((0 0,0 1,1 1,0 0)))"),
+    (lambda: tnw.GeometryCollection(["POINT (1 2)", (5, 6)]),
+     "GEOMETRYCOLLECTION (POINT (1 2),POINT (5 6))"),
+])
+def test_geometry_made_from_python(made, wkt):
+    assert made().WKT == wkt
+
+
+def test_geometry_members_read_through_their_interfaces():
+    polygon = tnw.ParseWKT("POLYGON ((0 0,0 2,2 2,2 0,0 0),(0.5 0.5,1 0.5,0.5 1,0.5 0.5))")
+    assert polygon.ExteriorRing.coords == [(0, 0), (0, 2), (2, 2), (2, 0), (0, 0)]
+    assert polygon.InteriorRing(0).Point(1).X == 1
+    assert (polygon.Centroid.X, polygon.Centroid.Y) != (1, 1)  # the hole pulls it away
+    collection = tnw.ParseWKT("MULTIPOINT ((1 2),(3 4))")
+    assert [point.Y for point in collection] == [2, 4]
+
+
+ROWS = {  # geometry type, rows of (values, geometry), what pyshp reads back
+    tnw.tnwGeometryPoint: ([((1, "a"), (10.5, 50.25)), ((2, "b"), "POINT (11 51)")],
+                           shapefile.POINT, [[(10.5, 50.25)], [(11, 51)]]),
+    tnw.tnwGeometryLine: ([((1, "a"), "LINESTRING (0 0,1 1)"), ((2, "b"), "LINESTRING (5 5,6 5)")],
+                          shapefile.POLYLINE, [[(0, 0), (1, 1)], [(5, 5), (6, 5)]]),
+    # A counter-clockwise exterior ring is turned to the clockwise order of the format.
+    tnw.tnwGeometryRegion: ([((1, "a"), "POLYGON ((0 0,1 0,1 1,0 0))"),
+                             ((2, "b"), tnw.Polygon([(0, 0), (0, 1), (1, 1), (0, 0)]))],
+                            shapefile.POLYGON, [[(0, 0), (1, 1), (1, 0), (0, 0)],
+                                                [(0, 0), (0, 1), (1, 1), (0, 0)]]),
+}
+
+
+@pytest.mark.parametrize("geometry_type", list(ROWS))
+@pytest.mark.parametrize("how", ["ImportRS", "write"])
+def test_shapefile_sets_read_back_by_pyshp(tmp_path, geometry_type, how):
+    rows, shape_type, points = ROWS[geometry_type]
+    columns = columns_of(("Id", tnw.vtInt32), ("Name", tnw.vtString))
+    path = str(tmp_path / "set.shp")
+    with tnw.tnwShapeEncoder() as encoder:
+        if how == "ImportRS":
+            assert encoder.ImportRS(path, tnw.tnwRecordSource(columns, rows))
+        else:
+            assert encoder.Initialize(path, columns, geometry_type)
+            assert all(encoder.write(values, geometry) for values, geometry in rows)
+    reader = shapefile.Reader(path)
+    assert reader.shapeType == shape_type
+    assert [[tuple(p) for p in shape.points] for shape in reader.shapes()] == points
+    assert [list(record) for record in reader.records()] == [[1, "a"], [2, "b"]]
+    assert tnw.error_reports() == []
+
+
+def test_text_round_trip_as_dicts_tuples_and_columns(tmp_path):
+    columns = columns_of(("Yield", tnw.vtDouble), ("Field", tnw.vtString), ("Pass", tnw.vtInt32))
+    rows = [((181.25, "North", 1), None), ((7.5, "South, 2", 2), None)]
+    path = str(tmp_path / "log.csv")
+    with tnw.tnwASCIIEncoder() as encoder:
+        assert encoder.ImportRS(path, tnw.tnwRecordSource(columns, iter(rows)))
+    typed = {"Pass": int, "Yield": float, "Field": str}  # by header name, in any order
+    decoder = tnw.open_decoder(path, typed)
+    assert list(decoder.rows()) == [(1.0, 181.25, "North"), (2.0, 7.5, "South, 2")]
+    assert [record["Field"] for record in decoder] == ["North", "South, 2"]
+    table = tnw.read_table(path, typed)
+    assert table["Pass"].dtype == np.int64 and table["Pass"].tolist() == [1, 2]
+    assert table["Yield"].tolist() == [181.25, 7.5] and table["Field"] == ["North", "South, 2"]
+    assert tnw.read_table(path, typed, numpy=False)["Pass"] == [1, 2]
+
+
+def test_columns_of_a_walk_mark_missing_values():
+    columns = columns_of(("N", tnw.vtInt32), ("D", tnw.vtDouble), ("B", tnw.vtBoolean))
+    source = tnw.tnwRecordSource(columns, [((1, 2.5, True), None), ((None, "x", None), None)])
+    arrays, lists = source.read_columns(), source.read_columns(numpy=False)
+    assert np.array_equal(arrays["N"], [1, np.nan], equal_nan=True)  # not whole any more
+    assert np.isnan(arrays["D"][1]) and arrays["B"].tolist() == [True, False]
+    assert lists == {"N": [1.0, None], "D": [2.5, None], "B": [True, False]}
+
+
+def test_dbase_columns_keep_their_types(tmp_path):
+    columns = columns_of(("Rate", tnw.vtDouble), ("When", tnw.vtDate), ("On", tnw.vtBoolean))
+    when = datetime.datetime(2025, 6, 30)
+    source = tnw.tnwRecordSource(columns, [({"Rate": 1.5, "When": when}, (0, 0)),
+                                           ({"Rate": 2.25, "On": True}, (1, 1))])
+    with tnw.tnwShapeEncoder() as encoder:
+        assert encoder.ImportRS(str(tmp_path / "t.shp"), source)
+    table = tnw.read_table(str(tmp_path / "t.dbf"))
+    assert table["Rate"].tolist() == [1.5, 2.25] and table["On"].tolist() == [False, True]
+    assert table["When"][0] == when
+    pairs = list(tnw.tnwDBFDecoder(str(tmp_path / "t.dbf")).RecordSource())
+    assert [values[0] for values, _ in pairs] == [1.5, 2.25]
+
+
+class Progress:
+    def __init__(self):
+        self.calls = []
+
+    def SetBarRange(self, bar, low, high):
+        self.calls.append(("range", bar, low, high))
+
+    def SetBarValue(self, bar, value):
+        self.calls.append(("value", bar, value))
+
+
+def test_progress_reaches_python(tmp_path):
+    columns = columns_of(("N", tnw.vtInt32))
+    rows = [((i,), (i, 0)) for i in range(2000)]
+    progress, seen = Progress(), []
+    for callback in (progress, lambda bar, value: seen.append(value)):
+        encoder = tnw.tnwShapeEncoder()
+        encoder.Callback = callback
+        assert encoder.Callback is callback
+        assert encoder.ImportRS(str(tmp_path / "p.shp"), tnw.tnwRecordSource(columns, rows))
+        encoder.CloseFiles()
+    assert progress.calls == [("range", 0, 0.0, 100.0), ("value", 0, 50.0), ("value", 0, 100.0)]
+    assert seen == [50.0, 100.0]
+
+
+def test_failures_stay_results_and_are_readable(tmp_path):
+    columns = columns_of(("N", tnw.vtInt32))
+    encoder = tnw.tnwShapeEncoder()
+    assert encoder.Update() is False  # no file yet
+    assert [(r.source, r.number) for r in tnw.error_reports()] == [("tnwShapeEncoder.Update2", 91)]
+
+    def broken(bar, value):
+        raise RuntimeError("stop")
+    tnw.clear_error_reports()
+    encoder.Callback = broken
+    rows = [((i,), (i, 0)) for i in range(1500)]
+    assert encoder.ImportRS(str(tmp_path / "b.shp"), tnw.tnwRecordSource(columns, rows)) is False
+    assert "stop" in tnw.error_reports()[0].description
+
+    with pytest.raises(tnw.Error) as raised:
+        tnw.ParseWKT("POINT (1")
+    assert raised.value.number == 13
+    with pytest.raises(tnw.Error) as raised:
+        tnw.tnwASCIIDecoder(str(tmp_path / "none.csv"))
+    assert raised.value.number == 53
