@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Installs the build tree into a fresh prefix, builds a host project against it twice (its CMake
-# package, then pkg-config) and runs both builds and the installed tool.
-#   install_test.sh BUILD_DIR WORK_DIR CXX
+# package, then pkg-config) and runs both builds and the installed tool; given a Python, reads
+# the written table through the installed Python package.
+#   install_test.sh BUILD_DIR WORK_DIR CXX [PYTHON [LD_PRELOAD]]
 set -euo pipefail
-build=$1 work=$2 cxx=$3
+build=$1 work=$2 cxx=$3 python=${4:-} preload=${5:-}
 here=$(cd "$(dirname "$0")" && pwd)
 
 rm -rf "$work"
@@ -28,5 +29,11 @@ pcdir=$(dirname "$(find "$work/prefix" -name tnw.pc)")
 # The tool, when it was built, is installed and runs from the prefix.
 if [[ -x "$work/prefix/bin/tnw" ]]; then
     "$work/prefix/bin/tnw" info "$work/out/cmake.shp" | grep -q "Yield"
+fi
+if [[ -n "$python" ]]; then
+    package=$(dirname "$(find "$work/prefix" -name __init__.py -path "*/tnw/*")")
+    LD_PRELOAD="$preload" ASAN_OPTIONS=detect_leaks=0 PYTHONPATH="$(dirname "$package")" \
+        "$python" -c "import sys, tnw; sys.exit(tnw.read_table(sys.argv[1], numpy=False)['Yield'] != [181.25, 0.5, 203.75])" \
+        "$work/out/cmake.dbf"
 fi
 echo "install test passed"
