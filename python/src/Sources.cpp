@@ -178,6 +178,15 @@ std::shared_ptr<IGeometry> ParseWKT(std::string_view sText) {
     return standins::ParseWKT(sText);
 }
 
+// A dBase reader assigns a logical field only when it is true, leaving the value of the record
+// before on a false one; in Python a record's values are that record's, so the walks set every
+// logical column to false before each move.
+void ClearLogicals(const tnwColumns& oColumns) {
+    for (const auto& oColumn : oColumns.Items()) {
+        if (oColumn->Type() == vtBoolean) oColumn->SetValue(false);
+    }
+}
+
 }  // namespace
 
 template <class Decoder>
@@ -188,6 +197,7 @@ template std::shared_ptr<tnwDecoderRecordSource> SourceOf(std::shared_ptr<tnwASC
 template std::shared_ptr<tnwDecoderRecordSource> SourceOf(std::shared_ptr<tnwDBFDecoder>);
 
 py::object RecordIterator::Next() {
+    ClearLogicals(*m_oSource->Columns());
     if (!m_bStarted) {
         m_bStarted = true;
         m_oSource->MoveFirst();
@@ -210,9 +220,11 @@ py::dict ReadColumns(tnwRecordSource& oSource, bool bNumpy) {
     std::vector<ColumnReader> aReaders;
     for (const auto& oColumn : oColumns->Items())
         aReaders.emplace_back(oColumn, bNumpy);
+    ClearLogicals(*oColumns);
     for (oSource.MoveFirst(); !oSource.Eof(); oSource.MoveNext()) {
         for (ColumnReader& oReader : aReaders)
             oReader.Read();
+        ClearLogicals(*oColumns);
     }
     py::dict oResult;
     for (std::size_t i = 0; i < aReaders.size(); ++i)

@@ -143,15 +143,16 @@ def test_columns_of_a_walk_mark_missing_values():
 def test_dbase_columns_keep_their_types(tmp_path):
     columns = columns_of(("Rate", tnw.vtDouble), ("When", tnw.vtDate), ("On", tnw.vtBoolean))
     when = datetime.datetime(2025, 6, 30)
-    source = tnw.tnwRecordSource(columns, [({"Rate": 1.5, "When": when}, (0, 0)),
-                                           ({"Rate": 2.25, "On": True}, (1, 1))])
+    source = tnw.tnwRecordSource(columns, [({"Rate": 1.5, "When": when, "On": True}, (0, 0)),
+                                           ({"Rate": 2.25, "On": False}, (1, 1))])
     with tnw.tnwShapeEncoder() as encoder:
         assert encoder.ImportRS(str(tmp_path / "t.shp"), source)
     table = tnw.read_table(str(tmp_path / "t.dbf"))
-    assert table["Rate"].tolist() == [1.5, 2.25] and table["On"].tolist() == [False, True]
+    # A false logical reads false, not the true of the record before.
+    assert table["Rate"].tolist() == [1.5, 2.25] and table["On"].tolist() == [True, False]
     assert table["When"][0] == when
     pairs = list(tnw.tnwDBFDecoder(str(tmp_path / "t.dbf")).RecordSource())
-    assert [values[0] for values, _ in pairs] == [1.5, 2.25]
+    assert [(values[0], values[2]) for values, _ in pairs] == [(1.5, True), (2.25, False)]
 
 
 class Progress:
