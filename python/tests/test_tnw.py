@@ -200,3 +200,89 @@ def test_failures_stay_results_and_are_readable(tmp_path):
     with pytest.raises(tnw.Error) as raised:
         tnw.tnwASCIIDecoder(str(tmp_path / "none.csv"))
     assert raised.value.number == 53
+
+
+@pytest.mark.parametrize("kind, field", [
+    (tnw.vtDouble, ("N", 16, 4)),
+    (tnw.vtInt32, ("N", 11, 0)),
+    (tnw.vtInt16, ("N", 6, 0)),
+    (tnw.vtBoolean, ("L", 1, 0)),
+    (tnw.vtDate, ("D", 8, 0)),
+    (tnw.vtString, ("C", 254, 0)),
+])
+def test_columns_added_without_sizes_get_the_fields_of_their_type(tmp_path, kind, field):
+    path = str(tmp_path / "f.shp")
+    with tnw.tnwShapeEncoder() as encoder:
+        assert encoder.Initialize(path, columns_of(("F", kind)), tnw.tnwGeometryPoint)
+        assert encoder.write([None], (0, 0))
+    assert tuple(shapefile.Reader(path).fields[1][1:]) == field
+
+
+def test_column_list_reads_as_a_sequence_and_a_mapping():
+    columns = columns_of(("Yield", tnw.vtDouble), ("Crop", tnw.vtString))
+    assert columns.Add("YIELD") is None  # keys are unique without regard to case
+    assert [c.Key for c in columns] == columns.keys() == ["Yield", "Crop"]
+    assert columns[-1].Key == "Crop" and columns["yield"].Position == 1 and "crop" in columns
+    with pytest.raises(KeyError):
+        columns["Moisture"]
+    with pytest.raises(IndexError):
+        columns[2]
+
+
+@pytest.mark.parametrize("values, expected", [
+    ((1, "a", 2.5), [1, "a", 2.5]),
+    ((1,), [1, None, None]),                          # short rows leave the rest empty
+    ({"C": 2.5, "A": 1}, [1, None, 2.5]),             # by key, missing keys empty
+])
+def test_row_values_by_position_or_key(values, expected):
+    columns = columns_of(("A", tnw.vtInt32), ("B", tnw.vtString), ("C", tnw.vtDouble))
+    source = tnw.tnwRecordSource(columns, [(values, None)])
+    assert [list(v) for v, _ in source] == [expected]
+
+
+def test_a_list_imports_again_and_a_generator_once(tmp_path):
+    columns = columns_of(("N", tnw.vtInt32))
+    rows = [((i,), (i, i)) for i in range(3)]
+    counts = []
+    for source in (tnw.tnwRecordSource(columns, rows, tnw.tnwGeometryPoint),
+                   tnw.tnwRecordSource(columns, iter(rows), tnw.tnwGeometryPoint)):
+        for attempt in range(2):
+            path = str(tmp_path / f"r{len(counts)}.shp")
+            with tnw.tnwShapeEncoder() as encoder:
+                assert encoder.ImportRS(path, source)
+            with open(path, "rb") as shp:
+                counts.append(len(shapefile.Reader(shp=shp).shapes()))
+    assert counts == [3, 3, 3, 0]
+
+
+def test_well_known_text_of_a_text_file_arrives_as_geometry(tmp_path):
+    path = tmp_path / "fields.csv"
+    path.write_text('Name,Boundary\r\n"North","POLYGON ((0 0,0 1,1 1,0 0))"\r\n'
+                    '"Track","LINESTRING (0 0,2 2)"\r\n"Bad","POLYGON (("\r\n')
+    decoder = tnw.tnwASCIIDecoder(str(path))
+    decoder.HeaderRows = 1
+    decoder.AutoGenColumns()
+    decoder.WKTCol = 2
+    pairs = list(decoder.RecordSource())
+    assert [type(g) for _, g in pairs] == [tnw.IPolygon, tnw.ILineString, type(None)]
+    assert [r.source for r in tnw.error_reports()] == ["tnwDecoderRecordSource.Geometry"]
+    assert decoder.ReadHeaders(9) is None  # past the end of the file
+
+
+def test_projection_and_shape_details(tmp_path):
+    path = str(tmp_path / "m.shp")
+    with tnw.tnwShapeEncoder() as encoder:
+        encoder.Initialize(path, columns_of(("N", tnw.vtInt32)), tnw.tnwGeometryRegion)
+        encoder.Projection = tnw.tnwProjection(3857)
+        encoder.write([1], "POLYGON ((0 0,0 10,180 0,0 0))")
+    assert shapefile.Reader(path).bbox[2] == pytest.approx(20037508.34, abs=0.01)
+    details = tnw.tnwShapeDecoder().GetShapeDetails(path)
+    assert details[0] == tnw.tnwGeometryRegion and details[2] is True  # not degrees
+    assert tnw.tnwShapeDecoder().GetShapeDetails(str(tmp_path / "none.shp")) is None
+
+
+@pytest.mark.parametrize("geometry", [42, object(), [1, 2, 3]])
+def test_a_geometry_of_no_known_form_is_refused(geometry):
+    encoder = tnw.tnwASCIIEncoder()
+    with pytest.raises((TypeError, ValueError)):
+        encoder.SetGeometry(geometry)
