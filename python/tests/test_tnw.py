@@ -286,3 +286,42 @@ def test_a_geometry_of_no_known_form_is_refused(geometry):
     encoder = tnw.tnwASCIIEncoder()
     with pytest.raises((TypeError, ValueError)):
         encoder.SetGeometry(geometry)
+
+
+@pytest.mark.parametrize("name, text, delimiter", [
+    ("a.tsv", "Longitude\tLatitude\tYield (bu/ac)\tCrop\r\n-93.5\t42.25\t181.5\tCorn\r\n", None),
+    ("a.csv", "Longitude,Latitude,Yield (bu/ac),Crop\n-93.5,42.25,181.5,Corn\n", None),
+    ("a.txt", "Longitude;Latitude;Yield (bu/ac);Crop\r\n-93.5;42.25;181.5;Corn\r\n", ";"),
+])
+def test_read_table_finds_the_fields_of_a_header(tmp_path, name, text, delimiter):
+    path = tmp_path / name
+    path.write_text(text)
+    table = tnw.read_table(str(path), delimiter=delimiter, numpy=False)
+    assert table == {"Yield": [181.5], "Crop": ["Corn"], "Longitude": [-93.5], "Latitude": [42.25]}
+    with pytest.raises(KeyError):
+        tnw.read_table(str(path), {"Moisture": float}, delimiter=delimiter)
+
+
+def test_a_decoder_closes_at_the_end_of_a_with_block(tmp_path):
+    path = tmp_path / "a.csv"
+    path.write_text("A\r\n1\r\n2\r\n")
+    with tnw.open_decoder(str(path), {"A": int}) as decoder:
+        assert decoder.MoveFirst() is True and not decoder.Eof
+    assert decoder.Eof and decoder.CurrentLine == "1"
+
+
+@pytest.mark.parametrize("delimiter, geometry, lonlat, lines", [
+    (",", False, False, ['"N","S"', ' 7,"x y"']),
+    (";", True, False, ['N;S;Geometry', ' 7;"x y";POINT (1.5 2)']),
+    ("|", False, True, ['Longitude|Latitude|N|S', ' 1.5| 2| 7|"x y"']),
+])
+def test_text_encoder_options_as_arguments_and_attributes(tmp_path, delimiter, geometry, lonlat,
+                                                          lines):
+    path = str(tmp_path / "a.csv")
+    with tnw.tnwASCIIEncoder() as encoder:
+        encoder.IncludeLonLat = lonlat
+        assert encoder.Initialize(path, columns_of(("N", tnw.vtInt32), ("S", tnw.vtString)),
+                                  delimiter=delimiter, include_geometry=geometry)
+        assert encoder.Delimiter == delimiter and encoder.IncludeGeometry == geometry
+        assert encoder.write([7, "x y"], (1.5, 2))
+    assert open(path, newline="").read().split("\r\n") == lines + [""]
