@@ -251,11 +251,17 @@ def main():
     parser.add_argument("-i", "--implementations", default="tnw,gdal,pyshp,csv")
     parser.add_argument("-d", "--folder", default="build-bench/bench-data")
     parser.add_argument("--child", nargs=2)
+    parser.add_argument("--make-inputs", action="store_true")
     args = parser.parse_args()
     if args.child:
         child(*args.child, args.n, args.runs, args.folder)
         return 0
-    make_inputs(args.folder, args.n)
+    if args.make_inputs:
+        make_inputs(args.folder, args.n)
+        return 0
+    # In a child of its own: a child's peak resident set starts from its parent's at the fork.
+    subprocess.run([sys.executable, __file__, "--make-inputs", "-n", str(args.n), "-d",
+                    args.folder], check=True)
     failed = False
     for workload in args.workloads.split(","):
         names = [x for x in args.implementations.split(",") if x in IMPLEMENTATIONS[workload]]
