@@ -2,7 +2,9 @@
 // as record sources, walks over decoders, and the batch read of whole columns.
 #include <pybind11/numpy.h>
 
+#include <algorithm>
 #include <cmath>
+#include <deque>
 #include <limits>
 #include <vector>
 
@@ -117,26 +119,22 @@ public:
     py::object Result() const {
         switch (m_eKind) {
             case Kind::Boolean:
-                return m_bNumpy ? py::object(py::array_t<bool>(
-                                      static_cast<py::ssize_t>(m_aBytes.size()),
-                                      reinterpret_cast<const bool*>(m_aBytes.data())))
+                return m_bNumpy ? py::object(Array<bool>(m_aBytes))
                                 : List(m_aBytes, [](unsigned char b) { return py::bool_(b != 0); });
             case Kind::Whole:
                 if (m_bComplete) {
-                    std::vector<std::int64_t> aWhole(m_aNumbers.begin(), m_aNumbers.end());
-                    return m_bNumpy ? py::object(py::array_t<std::int64_t>(
-                                          static_cast<py::ssize_t>(aWhole.size()), aWhole.data()))
-                                    : List(aWhole, [](std::int64_t l) { return py::int_(l); });
+                    return m_bNumpy ? py::object(Array<std::int64_t>(m_aNumbers))
+                                    : List(m_aNumbers, [](double d) {
+                                          return py::int_(static_cast<std::int64_t>(d));
+                                      });
                 }
                 [[fallthrough]];
             case Kind::Real:
-                return m_bNumpy
-                           ? py::object(py::array_t<double>(
-                                 static_cast<py::ssize_t>(m_aNumbers.size()), m_aNumbers.data()))
-                           : List(m_aNumbers, [](double d) {
-                                 return std::isnan(d) ? py::object(py::none())
-                                                      : py::object(py::float_(d));
-                             });
+                return m_bNumpy ? py::object(Array<double>(m_aNumbers))
+                                : List(m_aNumbers, [](double d) {
+                                      return std::isnan(d) ? py::object(py::none())
+                                                           : py::object(py::float_(d));
+                                  });
             case Kind::Other:
                 break;
         }
@@ -158,19 +156,29 @@ private:
     }
 
     template <class T, class Make>
-    static py::list List(const std::vector<T>& aValues, Make&& fnMake) {
+    static py::list List(const std::deque<T>& aValues, Make&& fnMake) {
         py::list oList(aValues.size());
-        for (std::size_t i = 0; i < aValues.size(); ++i)
-            oList[i] = fnMake(aValues[i]);
+        std::size_t i = 0;
+        for (const T& tValue : aValues)
+            oList[i++] = fnMake(tValue);
         return oList;
+    }
+
+    template <class T, class Source>
+    static py::array_t<T> Array(const std::deque<Source>& aValues) {
+        py::array_t<T> oArray(static_cast<py::ssize_t>(aValues.size()));
+        std::copy(aValues.begin(), aValues.end(), oArray.mutable_data());
+        return oArray;
     }
 
     std::shared_ptr<tnwColumn> m_oColumn;
     bool m_bNumpy;
     Kind m_eKind;
     bool m_bComplete = true;
-    std::vector<double> m_aNumbers;
-    std::vector<unsigned char> m_aBytes;
+    // In blocks rather than one growing array: a large array copied and faulted in again at
+    // every doubling cost more than the reading itself.
+    std::deque<double> m_aNumbers;
+    std::deque<unsigned char> m_aBytes;
     py::list m_oList;
 };
 
