@@ -325,3 +325,15 @@ def test_text_encoder_options_as_arguments_and_attributes(tmp_path, delimiter, g
         assert encoder.Delimiter == delimiter and encoder.IncludeGeometry == geometry
         assert encoder.write([7, "x y"], (1.5, 2))
     assert open(path, newline="").read().split("\r\n") == lines + [""]
+
+
+def test_a_decoder_walk_reports_progress_and_counts(tmp_path):
+    path = tmp_path / "a.csv"
+    path.write_text("".join(f"{i}\r\n" for i in range(200)))
+    decoder = tnw.tnwASCIIDecoder(str(path))
+    decoder.Columns.Add("N", type=tnw.vtInt32)
+    source, seen = decoder.RecordSource(), []
+    source.Callback = lambda bar, value: seen.append(value)
+    assert source.read_columns(numpy=False)["N"] == list(range(200))
+    assert seen[-1] == 100 and seen == sorted(seen) and len(seen) > 2
+    assert (source.RecordsRead, source.RowsSkipped, source.RecordCount) == (200, 0, 200)
