@@ -24,7 +24,8 @@ pcdir=$(dirname "$(find "$work/prefix" -name tnw.pc)")
 # shellcheck disable=SC2046
 "$cxx" -std=c++20 "$here/consumer/main.cpp" -o "$work/consumer-pc" \
     $(PKG_CONFIG_PATH="$pcdir" pkg-config --cflags --libs tnw-standins)
-"$work/consumer-pc" "$work/out/pc"
+# pkg-config gives no run path: shared libraries are found as the host's own would be.
+LD_LIBRARY_PATH="$(dirname "$pcdir")" "$work/consumer-pc" "$work/out/pc"
 
 # The tool, when it was built, is installed and runs from the prefix.
 if [[ -x "$work/prefix/bin/tnw" ]]; then
