@@ -59,6 +59,17 @@ public:
     // below 1, both without reading.
     bool MoveToRecord(std::int32_t lRecord);
 
+    // Extensions, off by default; both apply from the next Filename.
+    //
+    // A field whose name the table has already gets "_1", "_2"... and is read, rather than
+    // becoming an inactive "Dummy_" column.
+    bool RenameDuplicates() const { return m_bRenameDuplicates; }
+    void SetRenameDuplicates(bool bRename) { m_bRenameDuplicates = bRename; }
+    // The version byte is looked at: a Visual FoxPro table, whose header this reader does not
+    // follow, is refused with error 321 rather than read as junk.
+    bool CheckVersion() const { return m_bCheckVersion; }
+    void SetCheckVersion(bool bCheck) { m_bCheckVersion = bCheck; }
+
 private:
     // One field of a record: where its bytes lie behind the flag byte and the column that
     // takes its value (nothing when the list refused the key; the bytes are skipped then).
@@ -94,6 +105,8 @@ private:
     std::int64_t m_lCurrentRecord = 0;
     std::string m_sSchema;
 
+    bool m_bRenameDuplicates = false;
+    bool m_bCheckVersion = false;
     std::vector<Field> m_vFields;
     std::size_t m_nRecordBytes = 1;  // a record's bytes: the flag and the fields
 };

@@ -80,6 +80,12 @@ bool tnwASCIIDecoder::BuildColumns(const FieldArray& aHeaders) {
                     }
                 }
             }
+            // Held here so that a made-up name outlives the view of it.
+            std::string sMadeName;
+            if (sName.empty() && m_bNameEmptyHeaders) {
+                sMadeName = "field_" + std::to_string(i + 1);
+                sName = sMadeName;
+            }
             const std::string sLower = LowerAscii(sName);
             if (sLower == "x" || sLower == "longitude") {
                 SetLonCol(i + 1);
@@ -99,6 +105,7 @@ bool tnwASCIIDecoder::BuildColumns(const FieldArray& aHeaders) {
                 oColumn->SetPosition(i + 1);
             }
         }
+        if (TypesColumns()) TypeColumns();
         bResult = true;
     });
     return bResult;
