@@ -33,6 +33,9 @@ public:
     void SetContext(std::function<std::string()> fnContext) { m_fnContext = std::move(fnContext); }
     // Library error reports so far.
     std::int64_t Reports() const { return m_lReports; }
+    // Of those, the failures of the file system to take or keep bytes: a full disk, a file
+    // that can't be written (errors 61 and 75).
+    std::int64_t FileFaults() const { return m_lFileFaults; }
     // The text of the last message box, title first, on one line; "" when none came since the
     // last call. In debug mode boxes are also shown as they come.
     std::string TakeBoxText();
@@ -49,7 +52,7 @@ private:
     class Bar;
 
     // In debug mode the box that follows tells the rest: number and error source.
-    void Report(const std::string& sSource, const std::string& sDescription);
+    void Report(const std::string& sSource, std::int32_t lNumber, const std::string& sDescription);
     void Box(const std::string& sText, const std::string& sTitle);
     void Line(const std::string& sText);
     void DrawBar();
@@ -59,6 +62,7 @@ private:
     bool m_bTerminal;
     std::function<std::string()> m_fnContext;
     std::int64_t m_lReports = 0;
+    std::int64_t m_lFileFaults = 0;
     std::string m_sBoxText;
     std::string m_sBarLabel;
     int m_iBarPercent = -1;  // -1: no bar on screen

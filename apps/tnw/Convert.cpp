@@ -1,5 +1,7 @@
 #include "Convert.h"
 
+#include <unistd.h>
+
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -62,15 +64,66 @@ void MakeFolder(const std::string& sOutput) {
     if (ec) throw Failure(kExitOutput, "can't create the folder " + oFolder.string());
 }
 
+// The output is written under a name of its own beside the target, "unfinished-<pid>-yield.shp"
+// for "yield.shp", and renamed into place only when it is finished: a conversion that fails or
+// is killed never leaves a file under the target's name that looks whole, and says plainly what
+// it left.
+class StagedOutput {
+public:
+    explicit StagedOutput(const std::string& sTarget)
+        : m_oFolder(fs::path(sTarget).parent_path()),
+          m_sPrefix("unfinished-" + std::to_string(getpid()) + "-"),
+          m_sPath((m_oFolder / (m_sPrefix + fs::path(sTarget).filename().string())).string()) {}
+    // Removes every staged file unless Commit ran.
+    ~StagedOutput() {
+        if (m_bCommitted) return;
+        std::error_code ec;
+        const fs::path oFolder = m_oFolder.empty() ? fs::path(".") : m_oFolder;
+        for (const auto& oEntry : fs::directory_iterator(oFolder, ec)) {
+            if (oEntry.path().filename().string().starts_with(m_sPrefix)) fs::remove(oEntry, ec);
+        }
+    }
+    StagedOutput(const StagedOutput&) = delete;
+    StagedOutput& operator=(const StagedOutput&) = delete;
+
+    const std::string& Path() const { return m_sPath; }
+    // Renames the staged files into place; gives their new names.
+    std::vector<fs::path> Commit(const std::vector<fs::path>& vStaged) {
+        std::vector<fs::path> vFinal;
+        for (const fs::path& oStaged : vStaged) {
+            const fs::path oFinal =
+                oStaged.parent_path() / oStaged.filename().string().substr(m_sPrefix.size());
+            std::error_code ec;
+            fs::rename(oStaged, oFinal, ec);
+            if (ec) {
+                throw Failure(kExitOutput, "can't put " + oFinal.string() + " in place: " +
+                                               ec.message() + "; the output is unfinished");
+            }
+            vFinal.push_back(oFinal);
+        }
+        m_bCommitted = true;
+        return vFinal;
+    }
+
+private:
+    fs::path m_oFolder;
+    std::string m_sPrefix;
+    std::string m_sPath;
+    bool m_bCommitted = false;
+};
+
 struct Counts {
     std::int64_t lWritten = 0;
     std::int64_t lRefused = 0;
+    std::int64_t lNoPosition = 0;  // written without geometry: the row had no position
+    std::int64_t lFileFaults = 0;  // reports of the file system failing the output
 };
 
 // Hands every record of the source to the encoder, as ImportRS would, but keeps each
 // Update's result.
 Counts WriteRecords(tnwDecoderRecordSource& oSource, RecordWriter& oWriter, Console& oConsole,
-                    const std::string& sInput) {
+                    const Input& tInput) {
+    const std::string& sInput = tInput.sPath;
     Counts tCounts;
     bool bWriting = false;
     oConsole.SetContext([&] {
@@ -78,14 +131,19 @@ Counts WriteRecords(tnwDecoderRecordSource& oSource, RecordWriter& oWriter, Cons
             oSource.RecordsRead() + oSource.RowsSkipped() + (bWriting ? 0 : 1);
         return (bWriting ? "record " : "data row ") + std::to_string(lRow) + " of " + sInput;
     });
+    const bool bPositions = tInput.eFormat == TNW_GeometryFormat_LonLat;
     oSource.MoveFirst();
     while (!oSource.Eof()) {
         bWriting = true;
-        if (oWriter.Write(oSource.Geometry())) {
+        const std::int64_t lFaults = oConsole.FileFaults();
+        const std::shared_ptr<IGeometry> oGeometry = oSource.Geometry();
+        if (oWriter.Write(oGeometry)) {
             ++tCounts.lWritten;
+            if (bPositions && !oGeometry) ++tCounts.lNoPosition;
         } else {
             ++tCounts.lRefused;
         }
+        tCounts.lFileFaults += oConsole.FileFaults() - lFaults;
         bWriting = false;
         oSource.MoveNext();
     }
@@ -129,15 +187,26 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     tnwDecoderRecordSource& oSource = *tInput.oSource;
 
     MakeFolder(t.sPath);
-    oWriter->Open(t, tInput, oConsole);
+    StagedOutput oStaged(t.sPath);
+    OutputOptions tStaged = t;
+    tStaged.sPath = oStaged.Path();
+    oWriter->Open(tStaged, tInput, oConsole);
     oSource.SetCallback(oConsole.Progress("converting"));
-    const Counts tCounts = WriteRecords(oSource, *oWriter, oConsole, tInput.sPath);
+    Counts tCounts = WriteRecords(oSource, *oWriter, oConsole, tInput);
+    const std::int64_t lFaults = oConsole.FileFaults();
     oWriter->Close(tCounts.lWritten);
+    tCounts.lFileFaults += oConsole.FileFaults() - lFaults;
     oConsole.EndProgress();
+    if (tCounts.lFileFaults > 0) {
+        throw Failure(kExitOutput, "the output " + t.sPath +
+                                       " is unfinished: writing it failed as told above, and no "
+                                       "file under its name was changed");
+    }
+    const std::vector<fs::path> vFiles = oStaged.Commit(oWriter->Files());
 
     std::uintmax_t nOutBytes = 0;
     std::string sFiles;
-    for (const fs::path& oFile : oWriter->Files()) {
+    for (const fs::path& oFile : vFiles) {
         std::error_code ec;
         nOutBytes += fs::file_size(oFile, ec);
         if (sFiles.empty()) {
@@ -162,6 +231,10 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     if (oSource.RowsSkipped() > 0) {
         oConsole.Warn(CountText(oSource.RowsSkipped(), "data row") + " of " + tInput.sPath +
                       " could not be read");
+    }
+    if (tCounts.lNoPosition > 0) {
+        oConsole.Warn(CountText(tCounts.lNoPosition, "record") + " of " + tInput.sPath +
+                      " had an empty longitude or latitude and went out without geometry");
     }
     if (tCounts.lRefused > 0) {
         oConsole.Warn(CountText(tCounts.lRefused, "record") +

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <filesystem>
+#include <limits>
 
 #include "ExitCodes.h"
 #include "core/Error.h"
@@ -74,6 +75,21 @@ void SetGeometryFields(const InputOptions& tOptions, std::int32_t lFields, auto&
     }
 }
 
+// "Yield=real": the column's key and the type asked for it. Failure kExitUsage otherwise.
+std::pair<std::string, std::int32_t> ParseColumnType(const std::string& sText) {
+    static const std::pair<const char*, std::int32_t> kTypes[] = {
+        {"real", vtDouble}, {"integer", vtInt32}, {"text", vtString}, {"date", vtDate}};
+    const std::size_t nEquals = sText.rfind('=');
+    if (nEquals != std::string::npos && nEquals > 0) {
+        const std::string sType = sText.substr(nEquals + 1);
+        for (const auto& [sName, lType] : kTypes) {
+            if (sType == sName) return {sText.substr(0, nEquals), lType};
+        }
+    }
+    throw Failure(kExitUsage,
+                  "--type takes COLUMN=real, integer, text or date, not \"" + sText + "\"");
+}
+
 // The parser of the well-known text in a record.
 std::shared_ptr<IGeometry> ParseGeometry(std::string_view sWKT) {
     return standins::ParseWKT(sWKT);
@@ -85,6 +101,17 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
     if (tOptions.lHeaderRows < 0) throw Failure(kExitUsage, "--header-rows can't be negative");
     auto oDecoder = std::make_shared<tnwASCIIDecoder>();
     oDecoder->SetLineFeedEndsLine(true);
+    oDecoder->SetQuotedLineBreaks(true);
+    oDecoder->SetNameEmptyHeaders(true);
+    // Every row: widths from a part of the file could cut a value further down.
+    oDecoder->SetSampleRows(std::numeric_limits<std::int32_t>::max());
+    oDecoder->SetDecimalComma(tOptions.bDecimalComma);
+    std::vector<std::string> vTyped;
+    for (const std::string& sType : tOptions.vTypes) {
+        const auto [sKey, lType] = ParseColumnType(sType);
+        oDecoder->SetColumnType(sKey, lType);
+        vTyped.push_back(sKey);
+    }
     std::string sDelimiter = tOptions.sDelimiter;
     if (sDelimiter.empty()) {
         sDelimiter = LowerExtension(tOptions.sPath) == "tsv"
@@ -113,18 +140,34 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
         }
         oDecoder->ColumnsFromString(sNames, ",");
     }
+    for (const std::string& sKey : vTyped) {
+        if (!oDecoder->Columns()->Item(sKey)) {
+            throw Failure(kExitUsage,
+                          "--type names \"" + sKey + "\", which is no column of " + tOptions.sPath);
+        }
+    }
     SetGeometryFields(tOptions, lFields, *oDecoder);
     tInput.oText = oDecoder;
     tInput.eFormat = oDecoder->GeometryFormat();
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
 }
 
-void OpenTable(const InputOptions& tOptions, Input& tInput) {
+std::shared_ptr<tnwDBFDecoder> OpenTableDecoder(const std::string& sPath) {
     auto oDecoder = std::make_shared<tnwDBFDecoder>();
-    oDecoder->SetFilename(tOptions.sPath);
-    if (!oDecoder->IsValidFile()) {
-        throw Failure(kExitInput, "can't read " + tOptions.sPath + " as a dBase table");
+    oDecoder->SetRenameDuplicates(true);
+    oDecoder->SetCheckVersion(true);
+    try {
+        oDecoder->SetFilename(sPath);
+    } catch (const Error& oError) {
+        throw Failure(kExitInput, "can't read " + sPath + ": " + oError.sDescription);
     }
+    if (!oDecoder->IsValidFile())
+        throw Failure(kExitInput, "can't read " + sPath + " as a dBase table");
+    return oDecoder;
+}
+
+void OpenTable(const InputOptions& tOptions, Input& tInput) {
+    const auto oDecoder = OpenTableDecoder(tOptions.sPath);
     SetGeometryFields(tOptions, oDecoder->Columns()->Count(), *oDecoder);
     tInput.eFormat = oDecoder->GeometryFormat();
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);

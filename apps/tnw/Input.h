@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "FileKind.h"
 #include "bridge/tnwDecoderRecordSource.h"
@@ -19,6 +20,8 @@ struct InputOptions {
     std::int32_t lLonCol = 0;  // 1-based field numbers; 0 for none
     std::int32_t lLatCol = 0;
     std::int32_t lWKTCol = 0;
+    bool bDecimalComma = false;       // "," is the decimal mark of numbers in the text
+    std::vector<std::string> vTypes;  // --type COLUMN=real|integer|text|date, as given
 };
 
 struct Input {
@@ -36,9 +39,15 @@ Input OpenInput(const InputOptions& tOptions);
 
 // The openers of the kinds' rows. Text: the columns come from the last header row
 // (AutoGenColumns), or are named Field1, Field2... when there is none, and a lone line feed
-// ends a line. The column that holds the well-known text is hidden: the geometry carries it.
+// ends a line. Every row is looked at to type the columns that have no unit, a quoted field may
+// hold line breaks, and an empty header cell names a column field_<n>. The column that holds
+// the well-known text is hidden: the geometry carries it.
 void OpenText(const InputOptions& tOptions, Input& tInput);
 void OpenTable(const InputOptions& tOptions, Input& tInput);
+
+// A dBase table as the tool reads one: fields of a repeated name kept apart and read, and
+// Visual FoxPro tables refused. Failure kExitInput when it can't be read.
+std::shared_ptr<tnwDBFDecoder> OpenTableDecoder(const std::string& sPath);
 
 // One delimiter character from what the user typed: a single character, or "tab", "\t",
 // "comma", "semicolon", "pipe", "space". Failure kExitUsage otherwise.

@@ -127,11 +127,17 @@ public:
                                   "--lon-col and --lat-col or --wkt-col, or write a .dbf");
             }
             if (t.bCentroids) m_eType = tnwGeometryPoint;
-            if (!t.sProjection.empty() && m_eType != tnwGeometryRegion) {
-                throw Failure(kExitUsage,
-                              "--projection applies to polygons (--geometry region) only");
+            if (!t.sProjection.empty() && m_eType != tnwGeometryRegion &&
+                m_eType != tnwGeometryPoint) {
+                throw Failure(kExitUsage, "--projection applies to points and polygons only");
             }
         }
+        m_oEncoder.SetUniqueFieldNames(true);
+        // A row whose position is empty has no place, and goes out without one; a geometry
+        // text that can't be read is a fault of the row, which is left out and told.
+        m_oEncoder.SetWriteNullShapes(tInput.eFormat == TNW_GeometryFormat_LonLat);
+        m_oEncoder.SetProjectPoints(true);
+        m_oEncoder.SetPrjFromProjection(true);
         m_oEncoder.SetGeometryType(static_cast<tnwGeometryType>(m_eType));
         m_oEncoder.SetXOffset(t.dXOffset.value_or(0.0));
         m_oEncoder.SetYOffset(t.dYOffset.value_or(0.0));

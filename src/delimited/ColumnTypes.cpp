@@ -96,9 +96,9 @@ struct CellSummary {
 };
 
 struct ColumnSample {
-    bool bAny = false;    // a cell with text
-    bool bDates = true;   // every cell a date
-    std::size_t nText = 0;  // the longest cell, in bytes
+    bool bAny = false;       // a cell with text
+    bool bDates = true;      // every cell a date
+    std::size_t nText = 0;   // the longest cell, in bytes
     CellSummary aByMark[2];  // with "." and with "," as decimal mark
 
     void Add(std::string_view sCell) {
@@ -177,8 +177,8 @@ void SetType(ColumnSpec& tSpec, std::int32_t lType, const ColumnSample* pSample,
             if (pNumbers) {
                 // A decimal count of its own needs room for the mark and a digit before it.
                 tSpec.iPrecision = static_cast<std::int16_t>(pNumbers->nDecimals);
-                tSpec.iSize = Width(std::max(pNumbers->nNumberWidth, pNumbers->nDecimals + 2),
-                                    kNumberSize);
+                tSpec.iSize =
+                    Width(std::max(pNumbers->nNumberWidth, pNumbers->nDecimals + 2), kNumberSize);
             }
             break;
     }
@@ -240,9 +240,9 @@ void tnwASCIIDecoder::TypeColumns() {
     std::vector<ColumnSpec> vSpecs;
     for (std::size_t c = 0; c < vColumns.size(); ++c) {
         const tnwColumn& oColumn = *vColumns[c];
-        ColumnSpec tSpec{oColumn.Key(),     oColumn.Type(),  oColumn.Size(),
-                         oColumn.Precision(), oColumn.Flags(), oColumn.Unit(),
-                         oColumn.Visible(), oColumn.Active(), oColumn.Position()};
+        ColumnSpec tSpec{oColumn.Key(),       oColumn.Type(),   oColumn.Size(),
+                         oColumn.Precision(), oColumn.Flags(),  oColumn.Unit(),
+                         oColumn.Visible(),   oColumn.Active(), oColumn.Position()};
         const ColumnSample* pSample = bSample ? &vSamples[c] : nullptr;
         const std::int32_t lAsked = ColumnType(tSpec.sKey);
         if (lAsked != vtEmpty) {
@@ -255,9 +255,9 @@ void tnwASCIIDecoder::TypeColumns() {
     }
     oColumns->Clear();
     for (const ColumnSpec& tSpec : vSpecs) {
-        auto oColumn = oColumns->Add(tSpec.sKey, "", "", tSpec.lType, tSpec.iSize,
-                                     tSpec.iPrecision, tSpec.lFlags, 1, tSpec.lUnit, "",
-                                     tSpec.bVisible, tSpec.bActive);
+        auto oColumn =
+            oColumns->Add(tSpec.sKey, "", "", tSpec.lType, tSpec.iSize, tSpec.iPrecision,
+                          tSpec.lFlags, 1, tSpec.lUnit, "", tSpec.bVisible, tSpec.bActive);
         if (oColumn) oColumn->SetPosition(tSpec.lPosition);
     }
 }

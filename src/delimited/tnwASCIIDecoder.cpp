@@ -160,8 +160,7 @@ bool tnwASCIIDecoder::ReadLine(platform::InputFile& oFile, std::string& sLine,
 }
 
 double tnwASCIIDecoder::FieldNumber(std::string_view sField) {
-    if (!m_bDecimalComma || sField.find(',') == std::string_view::npos)
-        return TextToNumber(sField);
+    if (!m_bDecimalComma || sField.find(',') == std::string_view::npos) return TextToNumber(sField);
     m_sNumber.assign(sField);
     std::replace(m_sNumber.begin(), m_sNumber.end(), ',', '.');
     return TextToNumber(m_sNumber);

@@ -184,8 +184,8 @@ private:
     bool m_bHasPosition = false;
     std::string m_sNumber;        // a field with its decimal comma made a point
     std::string m_sContinuation;  // the next line of a record that runs over a line end
-    LineFields m_aFields;    // the current row's fields, good until the next line is read
-    std::string m_sSkipped;  // lines read and dropped
+    LineFields m_aFields;         // the current row's fields, good until the next line is read
+    std::string m_sSkipped;       // lines read and dropped
 };
 
 }  // namespace tnw

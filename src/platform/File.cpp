@@ -18,8 +18,11 @@ namespace {
     std::int32_t lNumber = errPathFileAccess;
     if (iErrno == ENOENT) lNumber = errFileNotFound;
     if (iErrno == ENOSPC || iErrno == EDQUOT || iErrno == EFBIG) lNumber = errDiskFull;
-    throw Error(lNumber, "tnwEncoders",
-                StandardDescription(lNumber) + (sPath.empty() ? "" : ": " + sPath));
+    // A full disk and a file at the size limit set for the process read alike otherwise.
+    const std::string sWhat = iErrno == EFBIG ? StandardDescription(lNumber) +
+                                                    " (the file reached the size limit for files)"
+                                              : StandardDescription(lNumber);
+    throw Error(lNumber, "tnwEncoders", sWhat + (sPath.empty() ? "" : ": " + sPath));
 }
 
 }  // namespace

@@ -102,8 +102,8 @@ std::string UniqueFieldName(const std::string& sName, const std::vector<std::str
     return sTry;
 }
 
-void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
-                          const tnwColumn& oColumn, std::string_view sName) {
+void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader, const tnwColumn& oColumn,
+                          std::string_view sName) {
     if (IsGeometryColumn(oColumn)) return;
     const std::int32_t lSize = FieldByte(oColumn.Size());
     const std::int32_t lPrecision = FieldByte(oColumn.Precision());

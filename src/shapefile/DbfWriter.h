@@ -49,8 +49,8 @@ std::string UniqueFieldName(const std::string& sName, const std::vector<std::str
 // Appends the column's 32-byte descriptor, named sName (cut to 11 bytes), to oFile and adds
 // it to the header's lengths. A Size or Precision outside 0 to 255, or a header or record
 // length past 32767, is error 6, raised before anything is written.
-void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
-                          const tnwColumn& oColumn, std::string_view sName);
+void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader, const tnwColumn& oColumn,
+                          std::string_view sName);
 
 // Appends the column's current value to sRecord, exactly Size bytes.
 void WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn);

@@ -276,8 +276,9 @@ std::int32_t tnwShapeEncoder::WritePoint(double dX, double dY) {
     std::int32_t lWords = 0;
     Guard(kSourceWritePoint, [&] {
         if (m_bProjectPoints && m_oProjection) {
-            const auto oProjected = std::dynamic_pointer_cast<IPoint>(
-                m_oFactory->CreatePoint(dX, dY, nullptr)->Project(m_oProjection->SpatialReference()));
+            const auto oProjected =
+                std::dynamic_pointer_cast<IPoint>(m_oFactory->CreatePoint(dX, dY, nullptr)
+                                                      ->Project(m_oProjection->SpatialReference()));
             if (!oProjected) Raise(errTypeMismatch);
             dX = oProjected->X();
             dY = oProjected->Y();

@@ -3,8 +3,8 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <string>
 #include <numbers>
+#include <string>
 
 #include "core/Error.h"
 

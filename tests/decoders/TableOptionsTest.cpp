@@ -64,17 +64,20 @@ TEST_F(TableOptionsTest, VersionByteDecidesWhatIsRead) {
         std::int32_t lError;
     };
     const std::vector<Case> vCases = {
-        {'\x03', true, 0},  {'\x83', true, 0},  {'\x8B', true, 0},
-        {'\x30', true, errBadFileFormat}, {'\x31', true, errBadFileFormat},
-        {'\x32', true, errBadFileFormat}, {'\x30', false, 0},
+        {'\x03', true, 0},
+        {'\x83', true, 0},
+        {'\x8B', true, 0},
+        {'\x30', true, errBadFileFormat},
+        {'\x31', true, errBadFileFormat},
+        {'\x32', true, errBadFileFormat},
+        {'\x30', false, 0},
     };
     for (const Case& c : vCases) {
         SCOPED_TRACE(static_cast<int>(static_cast<unsigned char>(c.cVersion)));
         Write(oTable, c.cVersion);
         tnwDBFDecoder oReader;
         oReader.SetCheckVersion(c.bCheck);
-        EXPECT_EQ(test::ErrorNumberOf([&] { oReader.SetFilename(oDir.Path("t.dbf")); }),
-                  c.lError);
+        EXPECT_EQ(test::ErrorNumberOf([&] { oReader.SetFilename(oDir.Path("t.dbf")); }), c.lError);
         EXPECT_EQ(oReader.IsValidFile(), c.lError == 0);
     }
 }

@@ -71,9 +71,10 @@ TEST_F(FieldFileTest, SampleGivesEachColumnTheTypeAndWidthOfItsValues) {
     oReader.SetSampleRows(10);
     ASSERT_EQ(oReader.AutoGenColumns(), Variant(true));
     const std::vector<Field> vExpected = {
-        {"Yield", vtDouble, 4, 2},   {"Count", vtInt32, 4, 0},  {"Day", vtDate, 8, 0},
-        {"Crop", vtString, 8, 0},    {"Mixed", vtString, 1, 0}, {"Blank", vtString, 1, 0},
-        {"Big", vtDouble, 11, 0},    {"Small", vtDouble, 5, 2},
+        {"Yield", vtDouble, 4, 2},  {"Count", vtInt32, 4, 0},
+        {"Day", vtDate, 8, 0},      {"Crop", vtString, 8, 0},
+        {"Mixed", vtString, 1, 0},  {"Blank", vtString, 1, 0},
+        {"Big", vtDouble, 11, 0},   {"Small", vtDouble, 5, 2},
         {"Moist", vtDouble, 16, 4},  // a known unit keeps the header's word
     };
     EXPECT_EQ(Fields(), vExpected);
@@ -95,10 +96,22 @@ TEST_F(FieldFileTest, SampleOfSomeRowsAndAskedTypes) {
     const std::vector<Case> vCases = {
         // Only the first row is looked at: the text further down is not seen.
         {"one row", 1, {}, {{"Id", vtInt32, 1, 0}, {"Rate", vtDouble, 3, 1}}},
-        {"no sample, asked", 0, {{"rate", vtInt32}}, {{"Id", vtString, 254, 0}, {"Rate", vtInt32, 11, 0}}},
-        {"sample, asked text", 5, {{"ID", vtString}}, {{"Id", vtString, 3, 0}, {"Rate", vtDouble, 4, 2}}},
-        {"sample, asked real", 5, {{"Id", vtDouble}}, {{"Id", vtDouble, 24, 15}, {"Rate", vtDouble, 4, 2}}},
-        {"sample, asked date", 5, {{"Rate", vtDate}}, {{"Id", vtString, 3, 0}, {"Rate", vtDate, 8, 0}}},
+        {"no sample, asked",
+         0,
+         {{"rate", vtInt32}},
+         {{"Id", vtString, 254, 0}, {"Rate", vtInt32, 11, 0}}},
+        {"sample, asked text",
+         5,
+         {{"ID", vtString}},
+         {{"Id", vtString, 3, 0}, {"Rate", vtDouble, 4, 2}}},
+        {"sample, asked real",
+         5,
+         {{"Id", vtDouble}},
+         {{"Id", vtDouble, 24, 15}, {"Rate", vtDouble, 4, 2}}},
+        {"sample, asked date",
+         5,
+         {{"Rate", vtDate}},
+         {{"Id", vtString, 3, 0}, {"Rate", vtDate, 8, 0}}},
     };
     for (const Case& c : vCases) {
         SCOPED_TRACE(c.sName);

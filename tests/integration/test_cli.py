@@ -239,7 +239,10 @@ class ConvertOptions(ToolCase):
     def test_projection_puts_polygons_in_utm_metres(self):
         self.convert_ok(self.example("boundaries.csv"), self.path("p.shp"), "--wkt-col", "3",
                         "--projection", "utm:15n")
-        self.check_set(self.path("p"))
+        # The .prj says the projection, which the checker's WGS 84 text does not.
+        self.check_set(self.path("p"), "--no-sidecars")
+        with open(self.path("p.prj")) as f:
+            self.assertTrue(f.read().startswith('PROJCS["WGS_1984_UTM_Zone_15N",'))
         for shape in read_shp(self.path("p.shp"))[1]:
             for ring in shape:
                 for x, y in ring:
@@ -309,7 +312,8 @@ class Failures(ToolCase):
         self.fails(2, "convert", yield_csv, self.path("x.shp"), "--no-header")
         self.fails(2, "convert", yield_csv, self.path("x.csv"), "--centroids")
         self.fails(2, "convert", yield_csv, self.path("x.shp"), "--projection", "mars:1")
-        self.fails(2, "convert", yield_csv, self.path("x.shp"), "--projection", "utm:15n")
+        self.fails(2, "convert", yield_csv, self.path("x.shp"), "--geometry", "line",
+                   "--projection", "utm:15n")
         self.fails(2, "convert", yield_csv, self.path("x.shp"), "--from", "xls")
         self.fails(2, "convert", yield_csv)
         self.fails(2)
@@ -401,7 +405,7 @@ class Info(ToolCase):
         self.assertIn("x %.7f to %.7f, y %.7f to %.7f" % (min(xs), max(xs), min(ys), max(ys)), out)
         self.assertIn("degrees", out)
         self.assertIn("Records:  3 ", out)
-        self.assertRegex(out, r"\n  Field +C 254\n  Area +N 16\.4\n  Crop +C 254\n")
+        self.assertRegex(out, r"\n  Field +C 7\n  Area +N 16\.4\n  Crop +C 8\n")
 
     def test_point_and_empty_sets(self):
         self.convert_ok(self.example("yield.csv"), self.path("y.shp"))
@@ -422,7 +426,7 @@ class Info(ToolCase):
         self.assertEqual(code, 0)
         self.assertIn("Records:  %d\n" % (len(example_rows("yield.csv")) - 1), out)
         self.assertIn("Schema:   Yield~N~16~4~|Moisture~N~16~4~|Speed~N~16~4~|Elevation~N~16~4~|"
-                      "Crop~C~254~0~\n", out)
+                      "Crop~C~4~0~\n", out)
 
     def test_text_columns_and_geometry(self):
         code, out, _ = run("info", self.example("boundaries.csv"), "--wkt-col", "3")
