@@ -145,6 +145,8 @@ Counts WriteRecords(tnwDecoderRecordSource& oSource, RecordWriter& oWriter, Cons
         }
         tCounts.lFileFaults += oConsole.FileFaults() - lFaults;
         bWriting = false;
+        // A disk that failed once is no place for the records after it.
+        if (tCounts.lFileFaults > 0) break;
         oSource.MoveNext();
     }
     oConsole.SetContext({});
@@ -194,13 +196,18 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     oSource.SetCallback(oConsole.Progress("converting"));
     Counts tCounts = WriteRecords(oSource, *oWriter, oConsole, tInput);
     const std::int64_t lFaults = oConsole.FileFaults();
-    oWriter->Close(tCounts.lWritten);
+    bool bClosed = true;
+    try {
+        oWriter->Close(tCounts.lWritten);
+    } catch (const Failure&) {
+        bClosed = false;  // the staged name would only confuse: the sentence below tells
+    }
     tCounts.lFileFaults += oConsole.FileFaults() - lFaults;
     oConsole.EndProgress();
-    if (tCounts.lFileFaults > 0) {
+    if (tCounts.lFileFaults > 0 || !bClosed) {
         throw Failure(kExitOutput, "the output " + t.sPath +
-                                       " is unfinished: writing it failed as told above, and no "
-                                       "file under its name was changed");
+                                       " is unfinished: writing it failed, and no file under its "
+                                       "name was changed");
     }
     const std::vector<fs::path> vFiles = oStaged.Commit(oWriter->Files());
 
