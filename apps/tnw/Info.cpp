@@ -139,7 +139,10 @@ void TextInfo(const InputOptions& tOptions, Console&) {
     const auto& vColumns = oText.Columns()->Items();
     Field("Columns:", std::to_string(vColumns.size()));
     for (const auto& oColumn : vColumns) {
-        std::string sKind = oColumn->Type() == vtString ? "text" : "number";
+        std::string sKind = "number";
+        if (oColumn->Type() == vtString) sKind = "text";
+        if (oColumn->Type() == vtInt32) sKind = "whole number";
+        if (oColumn->Type() == vtDate) sKind = "date";
         if (oColumn->Unit() != 16 && oColumn->Type() != vtString) {
             sKind += " (unit " + std::to_string(oColumn->Unit()) + ")";
         }
