@@ -64,10 +64,10 @@ protected:
 
 TEST_F(FieldFileTest, SampleGivesEachColumnTheTypeAndWidthOfItsValues) {
     Open(
-        "Yield,Count,Day,Crop,Mixed,Blank,Big,Small,Moist (%)\r\n"
-        "12.5,1,2024-05-01,Corn,1,,12345678901,.5,14\r\n"
-        "7.25,22,2024-05-02,Soybeans,x,,1,0.25,15.5\r\n"
-        "130,-333,2024-05-03,Corn,2,,7,1E-7,16\r\n");
+        "Yield,Count,Day,Crop,Mixed,Blank,Big,Small,Moist (%),Exp,Near\r\n"
+        "12.5,1,2024-05-01,Corn,1,,12345678901,.5,14,1e3,1e\r\n"
+        "7.25,22,2024-05-02,Soybeans,x,,1,0.25,15.5,+5,-\r\n"
+        "130,-333,2024-05-03,Corn,2,,7,1E-7,16,-2.5E-1,.\r\n");
     oReader.SetSampleRows(10);
     ASSERT_EQ(oReader.AutoGenColumns(), Variant(true));
     const std::vector<Field> vExpected = {
@@ -76,6 +76,7 @@ TEST_F(FieldFileTest, SampleGivesEachColumnTheTypeAndWidthOfItsValues) {
         {"Mixed", vtString, 1, 0},  {"Blank", vtString, 1, 0},
         {"Big", vtDouble, 11, 0},   {"Small", vtDouble, 5, 2},
         {"Moist", vtDouble, 16, 4},  // a known unit keeps the header's word
+        {"Exp", vtDouble, 4, 2},    {"Near", vtString, 2, 0},
     };
     EXPECT_EQ(Fields(), vExpected);
     EXPECT_FALSE(oReader.DecimalComma());
