@@ -175,10 +175,11 @@ void SetType(ColumnSpec& tSpec, std::int32_t lType, const ColumnSample* pSample,
             tSpec.iSize = kNumberSize;
             tSpec.iPrecision = kNumberDecimals;
             if (pNumbers) {
-                // A decimal count of its own needs room for the mark and a digit before it.
-                tSpec.iPrecision = static_cast<std::int16_t>(pNumbers->nDecimals);
-                tSpec.iSize =
-                    Width(std::max(pNumbers->nNumberWidth, pNumbers->nDecimals + 2), kNumberSize);
+                // At least one decimal, so that readers take the field for numbers that need
+                // not be whole; the decimals need room for the mark and a digit before it.
+                const std::size_t nDecimals = std::max<std::size_t>(pNumbers->nDecimals, 1);
+                tSpec.iPrecision = static_cast<std::int16_t>(nDecimals);
+                tSpec.iSize = Width(std::max(pNumbers->nNumberWidth, nDecimals + 2), kNumberSize);
             }
             break;
     }
