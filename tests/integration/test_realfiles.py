@@ -88,11 +88,8 @@ class FieldFiles(cli.ToolCase):
         self.convert_ok(self.example("yield.csv"), self.path("p.shp"), "--projection", "utm:15n")
         (x, y), = cli.read_shp(self.path("p.shp"))[1][0][0]
         self.assertTrue(400_000 < x < 600_000 and 4_600_000 < y < 4_700_000, (x, y))
-        zone = subprocess.run(
-            ["/usr/bin/python3", "-c", "import sys; from osgeo import osr; s = osr.SpatialReference()"
-             "; s.ImportFromESRI([open(sys.argv[1]).read()]); print(s.GetUTMZone())",
-             self.path("p.prj")], capture_output=True, text=True)
-        self.assertEqual(zone.stdout.strip(), "15", zone.stderr)
+        with open(self.path("p.prj")) as f:
+            self.assertTrue(f.read().startswith('PROJCS["WGS_1984_UTM_Zone_15N",'))
 
 
 class Faults(cli.ToolCase):
