@@ -7,6 +7,7 @@
 #include "gislib/FileUtility.h"
 #include "gislib/GISFactory.h"
 #include "log/ErrorReports.h"
+#include "tnwlib/StringBuilder.h"
 #include "tnwlib/tnwlib.h"
 #include "uom/UnitLookup.h"
 
@@ -22,6 +23,7 @@ void RegisterStandIns() {
     tnwObjectFactory::Register(kProgIdErrorHandler,
                                [] { return std::make_shared<ErrorHandler>(); });
     RegisterUnitLookup();
+    RegisterStringBuilder();
     RegisterArcAngle(&TNWL_ArcAngle);
 }
 

@@ -30,6 +30,7 @@ void CheckOptionsFit(const OutputOptions& t, const FileKind& tOut) {
         {t.bNoHeader, "--no-header", kTextOptions},
         {t.bGeometryText.has_value(), "--geometry-text", kTextOptions},
         {t.bLonLat.has_value(), "--lonlat", kTextOptions},
+        {!t.sRate.empty(), "--rate", kPlanOptions},
     };
     for (const auto& tOption : kOptions) {
         if (!tOption.bGiven || (tOut.fOutputOptions & tOption.eGroup)) continue;
@@ -241,7 +242,7 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     }
     if (tCounts.lNoPosition > 0) {
         oConsole.Warn(CountText(tCounts.lNoPosition, "record") + " of " + tInput.sPath +
-                      " had an empty longitude or latitude and went out without geometry");
+                      " had no position and went out without geometry");
     }
     if (tCounts.lRefused > 0) {
         oConsole.Warn(CountText(tCounts.lRefused, "record") +

@@ -25,11 +25,14 @@ std::string Lower(std::string_view s) {
 constexpr std::string_view kTextNames[] = {"csv", "txt", "tsv", "text"};
 constexpr std::string_view kTableNames[] = {"dbf"};
 constexpr std::string_view kShapeNames[] = {"shp"};
+constexpr std::string_view kPlanNames[] = {"fpd"};
 
 const FileKind kKinds[] = {
     {"delimited text", kTextNames, OpenText, NewTextWriter, TextInfo, kTextOptions, true},
     {"dBase table", kTableNames, OpenTable, NewTableWriter, TableInfo, 0, false},
-    {"shapefile set", kShapeNames, nullptr, NewShapeSetWriter, ShapesInfo, kShapeOptions, false},
+    {"shapefile set", kShapeNames, OpenShapeSet, NewShapeSetWriter, ShapesInfo, kShapeOptions,
+     false},
+    {"plan-grid file", kPlanNames, nullptr, NewPlanWriter, PlanInfo, kPlanOptions, false},
 };
 
 const FileKind* KindOfName(std::string_view sName) {

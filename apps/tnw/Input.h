@@ -44,6 +44,9 @@ Input OpenInput(const InputOptions& tOptions);
 // the well-known text is hidden: the geometry carries it.
 void OpenText(const InputOptions& tOptions, Input& tInput);
 void OpenTable(const InputOptions& tOptions, Input& tInput);
+// A .shp with the values of its records from the .dbf beside it, each record's geometry as
+// stored (see ShapeGeometryReader).
+void OpenShapeSet(const InputOptions& tOptions, Input& tInput);
 
 // A dBase table as the tool reads one: fields of a repeated name kept apart and read, and
 // Visual FoxPro tables refused. Failure kExitInput when it can't be read.

@@ -196,6 +196,12 @@ std::shared_ptr<IGeometry> tnwDecoderRecordSource::Geometry() const {
     if (!m_bOnRecord) return nullptr;
     if (m_bGeometryMade) return m_oGeometry;
     m_bGeometryMade = true;
+    if (m_fnRowGeometry) {
+        // Rows are passed over in text only, so a table's row is the count of records read.
+        Guard("tnwDecoderRecordSource.Geometry",
+              [&] { m_oGeometry = m_fnRowGeometry(m_lRecordsRead + m_lRowsSkipped); });
+        return m_oGeometry;
+    }
     switch (Format()) {
         case TNW_GeometryFormat_LonLat: {
             // A text row with an empty position field has no place: 0, 0 would be made up.
