@@ -127,6 +127,11 @@ Counts WriteRecords(tnwDecoderRecordSource& oSource, RecordWriter& oWriter, Cons
     const std::string& sInput = tInput.sPath;
     Counts tCounts;
     bool bWriting = false;
+    // The context reads this frame: it ends with it, also when a writer throws.
+    struct ContextEnd {
+        Console& oConsole;
+        ~ContextEnd() { oConsole.SetContext({}); }
+    } tContextEnd{oConsole};
     oConsole.SetContext([&] {
         const std::int64_t lRow =
             oSource.RecordsRead() + oSource.RowsSkipped() + (bWriting ? 0 : 1);
@@ -150,7 +155,6 @@ Counts WriteRecords(tnwDecoderRecordSource& oSource, RecordWriter& oWriter, Cons
         if (tCounts.lFileFaults > 0) break;
         oSource.MoveNext();
     }
-    oConsole.SetContext({});
     return tCounts;
 }
 
@@ -185,12 +189,13 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     }
 
     Input tInput = OpenInput(tInputOptions);
+    // Before the writer, so that the writer has closed its files when the staged ones go.
+    StagedOutput oStaged(t.sPath);
     const std::unique_ptr<RecordWriter> oWriter = tOut.fnNewWriter();
     CheckNotInput(tInput.sPath, *oWriter, t.sPath);
     tnwDecoderRecordSource& oSource = *tInput.oSource;
 
     MakeFolder(t.sPath);
-    StagedOutput oStaged(t.sPath);
     OutputOptions tStaged = t;
     tStaged.sPath = oStaged.Path();
     oWriter->Open(tStaged, tInput, oConsole);
