@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "ShapeFile.h"
 #include "core/Error.h"
 #include "decoders/tnwShapeDecoder.h"
 #include "platform/File.h"
@@ -57,13 +58,6 @@ std::int64_t TableRecords(const std::shared_ptr<tnwDBFDecoder>& oTable) {
     return tnwDecoderRecordSource(oTable).RecordCount();
 }
 
-std::shared_ptr<tnwDBFDecoder> OpenTable(const std::string& sPath) {
-    auto oTable = std::make_shared<tnwDBFDecoder>();
-    oTable->SetFilename(sPath);
-    if (!oTable->IsValidFile()) throw Failure(kExitInput, "can't read " + sPath);
-    return oTable;
-}
-
 // The .dbf beside a .shp, in either case of extension; "" when there is none.
 std::string TableBeside(const std::string& sShapes) {
     for (const char* sExtension : {".dbf", ".DBF"}) {
@@ -82,6 +76,9 @@ void ShapesInfo(const InputOptions& tOptions, Console&) {
     std::string sType;
     bool bCartesian = false;
     double dLeft = 0.0, dRight = 0.0, dTop = 0.0, dBottom = 0.0;
+    // A file too short for the header or without the file code is no shapefile: its "kind"
+    // would be made up.
+    ShapeFileReader{sPath};
     const tnwShapeDecoder oDecoder;
     if (!oDecoder.GetShapeDetails(sPath, eType, sType, bCartesian, dLeft, dRight, dTop, dBottom)) {
         throw Failure(kExitInput, "can't find " + sPath);
@@ -104,14 +101,14 @@ void ShapesInfo(const InputOptions& tOptions, Console&) {
         Field("Records:", "unknown (no .dbf beside it)");
         return;
     }
-    const auto oTable = OpenTable(sTable);
+    const auto oTable = OpenTableDecoder(sTable);
     Field("Records:", std::to_string(TableRecords(oTable)) + " (in " + sTable + ")");
     PrintSchema(oTable->Schema());
 }
 
 void TableInfo(const InputOptions& tOptions, Console&) {
     const std::string& sPath = tOptions.sPath;
-    const auto oTable = OpenTable(sPath);
+    const auto oTable = OpenTableDecoder(sPath);
     std::error_code ec;
     Field("File:", sPath + " (" + SizeText(fs::file_size(sPath, ec)) + ")");
     Field("Kind:", "dBase table");
@@ -168,7 +165,10 @@ void TextInfo(const InputOptions& tOptions, Console&) {
     const auto& vColumns = oText.Columns()->Items();
     Field("Columns:", std::to_string(vColumns.size()));
     for (const auto& oColumn : vColumns) {
-        std::string sKind = oColumn->Type() == vtString ? "text" : "number";
+        std::string sKind = "number";
+        if (oColumn->Type() == vtString) sKind = "text";
+        if (oColumn->Type() == vtInt32) sKind = "whole number";
+        if (oColumn->Type() == vtDate) sKind = "date";
         if (oColumn->Unit() != 16 && oColumn->Type() != vtString) {
             sKind += " (unit " + std::to_string(oColumn->Unit()) + ")";
         }

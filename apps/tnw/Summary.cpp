@@ -191,7 +191,7 @@ ExitCode Summary(const std::vector<std::string>& vInputs, const InputOptions& tI
                      CountText(static_cast<std::int64_t>(vInputs.size()), "log") +
                      ", wrote a summary of " + CountText(oBuilder.lRecords, "point") + " in " +
                      CountText(static_cast<std::int64_t>(vInputs.size()), "region") + " to " +
-                     OutputText(*oWriter) + " in " + aSeconds);
+                     OutputText(oWriter->Files(), oWriter->Detail()) + " in " + aSeconds);
     if (oBuilder.lSkipped > 0) {
         oConsole.Warn(CountText(oBuilder.lSkipped, "data row") +
                       " could not be read or had no position");

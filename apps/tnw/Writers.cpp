@@ -197,11 +197,17 @@ public:
                                   "--lon-col and --lat-col or --wkt-col, or write a .dbf");
             }
             if (t.bCentroids) m_eType = tnwGeometryPoint;
-            if (!t.sProjection.empty() && m_eType != tnwGeometryRegion) {
-                throw Failure(kExitUsage,
-                              "--projection applies to polygons (--geometry region) only");
+            if (!t.sProjection.empty() && m_eType != tnwGeometryRegion &&
+                m_eType != tnwGeometryPoint) {
+                throw Failure(kExitUsage, "--projection applies to points and polygons only");
             }
         }
+        m_oEncoder.SetUniqueFieldNames(true);
+        // A row whose position is empty has no place, and goes out without one; a geometry
+        // text that can't be read is a fault of the row, which is left out and told.
+        m_oEncoder.SetWriteNullShapes(tInput.eFormat == TNW_GeometryFormat_LonLat);
+        m_oEncoder.SetProjectPoints(true);
+        m_oEncoder.SetPrjFromProjection(true);
         m_oEncoder.SetGeometryType(static_cast<tnwGeometryType>(m_eType));
         m_oEncoder.SetXOffset(t.dXOffset.value_or(0.0));
         m_oEncoder.SetYOffset(t.dYOffset.value_or(0.0));
@@ -450,10 +456,10 @@ void MakeFolder(const std::string& sOutput) {
     if (ec) throw Failure(kExitOutput, "can't create the folder " + oFolder.string());
 }
 
-std::string OutputText(const RecordWriter& oWriter) {
+std::string OutputText(const std::vector<fs::path>& vFiles, const std::string& sDetail) {
     std::uintmax_t nBytes = 0;
     std::string sFiles;
-    for (const fs::path& oFile : oWriter.Files()) {
+    for (const fs::path& oFile : vFiles) {
         std::error_code ec;
         nBytes += fs::file_size(oFile, ec);
         if (sFiles.empty()) {
@@ -463,7 +469,7 @@ std::string OutputText(const RecordWriter& oWriter) {
             sFiles += oFile.extension().string();
         }
     }
-    return sFiles + " (" + SizeText(nBytes) + oWriter.Detail() + ")";
+    return sFiles + " (" + SizeText(nBytes) + sDetail + ")";
 }
 
 std::unique_ptr<RecordWriter> NewTextWriter() {

@@ -2,6 +2,7 @@
 // application plans as plan-grid files, tell what a file holds, and draw a map of it.
 #include <CLI/CLI.hpp>
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 
@@ -72,11 +73,24 @@ void AddInputOptions(CLI::App& oCommand, InputOptions& tInput, bool bDelimiter) 
         .add_flag("--keep-deleted", tInput.bKeepDeleted,
                   "Also read the records a dBase table marks as deleted")
         ->group(sGroup);
+    oCommand
+        .add_option("--type", tInput.vTypes,
+                    "COLUMN=real|integer|text|date: the type of a text input's column, over "
+                    "what its values show (repeatable)")
+        ->group(sGroup);
+    oCommand
+        .add_flag("--decimal-comma", tInput.bDecimalComma,
+                  "\",\" is the decimal mark of a text input's numbers (found by itself when "
+                  "the delimiter is not \",\")")
+        ->group(sGroup);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A file that reaches the size limit for files then fails its write, which is told, rather
+    // than ending the tool with no word.
+    std::signal(SIGXFSZ, SIG_IGN);
     CLI::App oApp{kDescription, "tnw"};
     oApp.set_version_flag("--version", "tnw 1.0.0");
     oApp.require_subcommand(1);

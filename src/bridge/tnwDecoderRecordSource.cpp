@@ -22,6 +22,7 @@ void SetUpTwin(const tnwASCIIDecoder& oDecoder, tnwASCIIDecoder& oTwin) {
     oTwin.SetDelimiter(oDecoder.Delimiter());
     oTwin.SetHeaderRows(oDecoder.HeaderRows());
     oTwin.SetLineFeedEndsLine(oDecoder.LineFeedEndsLine());
+    oTwin.SetQuotedLineBreaks(oDecoder.QuotedLineBreaks());
     oTwin.SetFilename(oDecoder.Filename());
 }
 
@@ -213,6 +214,10 @@ std::shared_ptr<IGeometry> tnwDecoderRecordSource::Geometry() const {
     }
     switch (Format()) {
         case TNW_GeometryFormat_LonLat: {
+            // A text row with an empty position field has no place: 0, 0 would be made up.
+            if (auto* pText = std::get_if<std::shared_ptr<tnwASCIIDecoder>>(&m_oDecoder);
+                pText && !(*pText)->HasPosition())
+                break;
             const auto [dX, dY] = std::visit(
                 [](const auto& d) { return std::pair(d->Longitude(), d->Latitude()); }, m_oDecoder);
             m_oGeometry = m_oFactory->CreatePoint(dX, dY, nullptr);

@@ -181,8 +181,11 @@ class ConvertOptions(ToolCase):
         self.assertAlmostEqual(x, float(first[0]) + 0.5, places=9)
         self.assertAlmostEqual(y, float(first[1]) - 0.25, places=9)
 
+        # The .prj says the projection, which the checker's WGS 84 text does not.
         base, _ = self.convert(self.example("boundaries.csv"), "p.shp", "--wkt-col", "3",
-                               "--projection", "utm:15n")
+                               "--projection", "utm:15n", checks=["--no-sidecars"])
+        with open(base + ".prj") as f:
+            self.assertTrue(f.read().startswith('PROJCS["WGS_1984_UTM_Zone_15N",'))
         # Central Iowa, near the middle of zone 15 (-96 to -90 degrees).
         for x, y in (p for shape in read_set(base)[1] for ring in shape for p in ring):
             self.assertTrue(400_000 < x < 600_000 and 4_600_000 < y < 4_700_000, (x, y))
@@ -233,7 +236,7 @@ class Failures(ToolCase):
         ] + [(2, ["convert", y, x, *bad], "") for bad in (
             ["--bogus"], ["--geometry", "blob"], ["--lon-col", "0"], ["--lon-col", "1"],
             ["--wkt-col", "99"], ["--delimiter", "ab"], ["--no-header"],
-            ["--projection", "mars:1"], ["--projection", "utm:15n"], ["--from", "xls"])] + [
+            ["--projection", "mars:1"], ["--from", "xls"])] + [
             (2, ["convert", y, self.path("x.csv"), "--centroids"], ""),
             (2, ["convert", y], ""), (2, [], "")]
         for code, args, text in cases:
