@@ -148,6 +148,10 @@ std::string Console::TakeBoxText() {
     return std::exchange(m_sBoxText, std::string());
 }
 
+void Console::Report(const std::string& sSource, const std::string& sDescription) {
+    Report(sSource, 0, sDescription);
+}
+
 void Console::Report(const std::string& sSource, std::int32_t lNumber,
                      const std::string& sDescription) {
     ++m_lReports;

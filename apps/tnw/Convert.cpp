@@ -223,8 +223,8 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     }
     std::string sSummary = "read " + CountText(oSource.RecordsRead(), "record") + sCommands +
                            " from " + tInput.sPath + " (" + SizeText(nInBytes) + "), wrote " +
-                           std::to_string(tCounts.lWritten) + " to " + OutputText(vFiles, oWriter->Detail()) +
-                           " in " + aSeconds;
+                           std::to_string(tCounts.lWritten) + " to " +
+                           OutputText(vFiles, oWriter->Detail()) + " in " + aSeconds;
     oConsole.Summary(sSummary);
 
     if (oSource.RowsSkipped() > 0) {

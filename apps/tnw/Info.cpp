@@ -101,14 +101,16 @@ void ShapesInfo(const InputOptions& tOptions, Console&) {
         Field("Records:", "unknown (no .dbf beside it)");
         return;
     }
-    const auto oTable = OpenTableDecoder(sTable);
+    Input tTable;
+    const auto oTable = OpenTableDecoder(tOptions, sTable, false, tTable);
     Field("Records:", std::to_string(TableRecords(oTable)) + " (in " + sTable + ")");
     PrintSchema(oTable->Schema());
 }
 
 void TableInfo(const InputOptions& tOptions, Console&) {
     const std::string& sPath = tOptions.sPath;
-    const auto oTable = OpenTableDecoder(sPath);
+    Input tTable;
+    const auto oTable = OpenTableDecoder(tOptions, sPath, !tOptions.bKeepDeleted, tTable);
     std::error_code ec;
     Field("File:", sPath + " (" + SizeText(fs::file_size(sPath, ec)) + ")");
     Field("Kind:", "dBase table");

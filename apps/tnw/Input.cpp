@@ -246,8 +246,6 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
 }
 
-// A dBase table read as the tool reads every table: each field sets its value, in the code
-// page found for it; deleted records are passed over when bSkipDeleted.
 std::shared_ptr<tnwDBFDecoder> OpenTableDecoder(const InputOptions& tOptions,
                                                 const std::string& sPath, bool bSkipDeleted,
                                                 Input& tInput) {

@@ -24,8 +24,8 @@ struct InputOptions {
     std::int32_t lLonCol = 0;  // 1-based field numbers; 0 for none
     std::int32_t lLatCol = 0;
     std::int32_t lWKTCol = 0;
-    std::string sEncoding;      // --encoding: "" to find it from the file
-    bool bKeepDeleted = false;  // --keep-deleted: a table's deleted records are read too
+    std::string sEncoding;            // --encoding: "" to find it from the file
+    bool bKeepDeleted = false;        // --keep-deleted: a table's deleted records are read too
     bool bDecimalComma = false;       // "," is the decimal mark of numbers in the text
     std::vector<std::string> vTypes;  // --type COLUMN=real|integer|text|date, as given
 };
@@ -39,7 +39,7 @@ struct Input {
     // The keys of the current record's columns whose text was no value of its type and was
     // read as NULL; unset for a kind that reads every text it meets.
     std::function<std::vector<std::string>()> fnLostColumns;
-    std::vector<std::string> vWarnings;      // what the opener has to tell about the input
+    std::vector<std::string> vWarnings;  // what the opener has to tell about the input
 };
 
 // Opens a file as a record source through its kind's row. Failures: kExitInput for a file that
@@ -65,9 +65,12 @@ void OpenLog(const InputOptions& tOptions, Input& tInput);
 // stored (see ShapeGeometryReader).
 void OpenShapeSet(const InputOptions& tOptions, Input& tInput);
 
-// A dBase table as the tool reads one: fields of a repeated name kept apart and read, and
-// Visual FoxPro tables refused. Failure kExitInput when it can't be read.
-std::shared_ptr<tnwDBFDecoder> OpenTableDecoder(const std::string& sPath);
+// A dBase table as the tool reads one: each field sets its value, in the code page found for
+// it; fields of a repeated name kept apart and read; Visual FoxPro tables refused; deleted
+// records passed over when bSkipDeleted. Failure kExitInput when it can't be read.
+std::shared_ptr<tnwDBFDecoder> OpenTableDecoder(const InputOptions& tOptions,
+                                                const std::string& sPath, bool bSkipDeleted,
+                                                Input& tInput);
 
 // One delimiter character from what the user typed: a single character, or "tab", "\t",
 // "comma", "semicolon", "pipe", "space". Failure kExitUsage otherwise.

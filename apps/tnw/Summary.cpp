@@ -82,8 +82,13 @@ void SummaryBuilder::AddLog(const Input& tInput, Console& oConsole) {
     std::int32_t* aUnits[] = {&tUnits.lElevation, &tUnits.lWidth, &tUnits.lDistance,
                               &tUnits.lDuration};
     std::vector<SeriesColumn> vSeries;
+    // The position fields give the records' points, not quantities.
+    const auto IsPosition = [&](const tnwColumn& oColumn) {
+        return tInput.oText && (oColumn.Position() == tInput.oText->LonCol() ||
+                                oColumn.Position() == tInput.oText->LatCol());
+    };
     for (const auto& oColumn : oSource.Columns()->Items()) {
-        if (!oColumn->Visible()) continue;
+        if (!oColumn->Visible() || IsPosition(*oColumn)) continue;
         std::size_t m = 0;
         while (m < kMeasures && !FoldCaseEquals(oColumn->Key(), kMeasureNames[m]))
             ++m;

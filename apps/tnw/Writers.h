@@ -54,7 +54,8 @@ void CheckNotInput(const std::string& sInput, const RecordWriter& oWriter,
 // Makes the output's folder when it is missing (kExitOutput when it can't).
 void MakeFolder(const std::string& sOutput);
 // "out.shp .shx .dbf .prj .mcd (1.0 MiB, points)": the files written and their size.
-std::string OutputText(const std::vector<std::filesystem::path>& vFiles, const std::string& sDetail);
+std::string OutputText(const std::vector<std::filesystem::path>& vFiles,
+                       const std::string& sDetail);
 
 std::unique_ptr<RecordWriter> NewTextWriter();
 std::unique_ptr<RecordWriter> NewTableWriter();

@@ -20,7 +20,7 @@ class WriteFaultTest : public ::testing::Test {
 protected:
     ScopedCapture oCapture;
     TempDir oDir;
-    std::shared_ptr<tnwColumns> oColumns = EmptyColumns();
+    std::shared_ptr<tnwColumns> oColumns = CreateAs<tnwColumns>(kProgIdColumns, "x");
     std::shared_ptr<tnwColumn> oId = AddColumn(*oColumns, "ID", vtInt32, 6);
 };
 

@@ -213,6 +213,19 @@ TEST_F(SetFixture, RecordsNoReaderCouldPlaceAreRefused) {
     ExpectReport("tnwShapeEncoder.WriteMultiPoint", errOverflow);
     EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
 
+    capture.vReports.clear();
+    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
+    EXPECT_FALSE(Put(1, MakePoint(std::numeric_limits<double>::quiet_NaN(), 1)));
+    EXPECT_TRUE(Put(2, MakePoint(1, 1)));
+    encoder.SetXOffset(std::numeric_limits<double>::infinity());
+    EXPECT_FALSE(Put(3, MakePoint(1, 1)));
+    encoder.CloseFiles();
+    EXPECT_EQ(DbfRecords(), 1);
+    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
+    ASSERT_EQ(capture.vReports.size(), 2u);
+    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.WritePoint");
+}
+
 // A write that fails is cut back out of the files: that record is refused and reported, and
 // the set takes the records after it and ends whole.
 TEST_F(SetFixture, FailedWriteIsCutBack) {
