@@ -1,12 +1,15 @@
 #include "RegisterStandIns.h"
 
 #include "core/Component.h"
+#include "core/FGPFile.h"
 #include "core/GISLib.h"
 #include "core/Services.h"
+#include "fgp/FGPFile.h"
 #include "gislib/Columns.h"
 #include "gislib/FileUtility.h"
 #include "gislib/GISFactory.h"
 #include "log/ErrorReports.h"
+#include "text/StringBuilder.h"
 #include "tnwlib/tnwlib.h"
 #include "uom/UnitLookup.h"
 
@@ -21,6 +24,9 @@ void RegisterStandIns() {
     tnwObjectFactory::Register(kProgIdFileUtility, [] { return oFileUtility; });
     tnwObjectFactory::Register(kProgIdErrorHandler,
                                [] { return std::make_shared<ErrorHandler>(); });
+    tnwObjectFactory::Register(kProgIdStringBuilder,
+                               [] { return std::make_shared<StringBuilder>(); });
+    tnwObjectFactory::Register(kProgIdFGPFile, [] { return std::make_shared<FGPFile>(); });
     RegisterUnitLookup();
     RegisterArcAngle(&TNWL_ArcAngle);
 }
