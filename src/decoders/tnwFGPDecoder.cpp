@@ -189,10 +189,16 @@ std::string tnwFGPDecoder::FDTSchema() const {
     return oFDT ? oFDT->Schema() : std::string();
 }
 
+void tnwFGPDecoder::MoveTable(tnwDBFDecoder& oTable, std::int32_t lRecord) const {
+    if (oTable.MoveToRecord(lRecord) || !bEmptyMissingRows) return;
+    for (const auto& oField : oTable.Columns()->Items())
+        oField->SetValue(Variant());
+}
+
 void tnwFGPDecoder::ReadFDTData(std::int32_t lRecord) {
     if (!oFDT || lFDTRecord == lRecord) return;
     Guard("tnwFGPDecoder.ReadFDTData", [&] {
-        oFDT->MoveToRecord(lRecord);
+        MoveTable(*oFDT, lRecord);
         sFDTString.clear();
         bool bFirst = true;
         for (const auto& oField : oFDT->Columns()->Items()) {
@@ -210,7 +216,7 @@ void tnwFGPDecoder::ReadFDTData(std::int32_t lRecord) {
 void tnwFGPDecoder::ReadFSNData(std::int32_t lRecord) {
     if (!oFSN) return;
     Guard("tnwFGPDecoder.ReadFSNData", [&] {
-        oFSN->MoveToRecord(lRecord);
+        MoveTable(*oFSN, lRecord);
         const std::pair<const char*, const std::shared_ptr<tnwColumn>*> aFields[] = {
             {"Rate_Rx", &oRateRx}, {"Rate_Act", &oRateAct}, {"Swath", &oSwath},
             {"P_PARAM", &oPParam}, {"V_PARAM", &oVParam},   {"NDVI", &oNDVI},

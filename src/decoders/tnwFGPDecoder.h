@@ -26,6 +26,11 @@ public:
     // count is fixed there, while the cursor follows a change at once.
     bool AsSites() const { return bAsSites; }
     void SetAsSites(bool bValue) { bAsSites = bValue; }
+    // Off by default: a point whose ".fdt" or ".fsn" row is 0 or past the table's end shows
+    // the values of the last row read. On: that table's values are empty for it (the value
+    // properties give 0), so no point takes another's values.
+    bool EmptyMissingRows() const { return bEmptyMissingRows; }
+    void SetEmptyMissingRows(bool bValue) { bEmptyMissingRows = bValue; }
     const std::string& Filename() const { return sFilename; }
     // Opens the main file and the side tables, sets the day base from the main file's date,
     // builds the columns and counts the records. The cursor does not move.
@@ -75,6 +80,8 @@ private:
     void BuildColumns();
     void ReadFDTData(std::int32_t lRecord);
     void ReadFSNData(std::int32_t lRecord);
+    // Moves the table to the row; a row it lacks empties its values with EmptyMissingRows.
+    void MoveTable(tnwDBFDecoder& oTable, std::int32_t lRecord) const;
     std::string ConvertToPolygon(const std::shared_ptr<tnwFGPPointList>& oList);
     std::string ConvertToLineString(const std::shared_ptr<tnwFGPPointList>& oList);
     std::string ConvertToPoint(const std::shared_ptr<tnwFGPPoint>& oAt);
@@ -88,6 +95,7 @@ private:
     tnwFGPFile& File() const;
 
     bool bAsSites = true;
+    bool bEmptyMissingRows = false;
     std::string sFilename;
     bool bValidFile = false;
     std::shared_ptr<tnwColumns> oColumns;

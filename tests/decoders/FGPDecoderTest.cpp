@@ -314,13 +314,31 @@ TEST_F(FGPDecoderTest, ASetWithoutSamplesAfterOneWithThem) {
     EXPECT_FALSE(oReader.HasFSN());
     ASSERT_EQ(oReader.MoveFirst(), Variant(true));
     EXPECT_EQ(oReader.Rate_Act(), 2.5);  // the earlier table's field, as it was left
-    // A row past the end of a table leaves the last row's values.
-    oReader.SetFilename(sFirst);
-    WriteSet({{}, {}, {P(0, 0, 1), P(0, 0, 9)}}, "first");
-    oReader.SetFilename(sFirst);
-    oReader.MoveFirst();
-    oReader.MoveNext();
-    EXPECT_EQ(oReader.Rate_Act(), 1.5);
+}
+
+TEST_F(FGPDecoderTest, RowsATableLacks) {
+    // Rows 1, past the end, 0: the last row's values stay unless EmptyMissingRows is on.
+    WriteTable("field.fsn", DbfTable({{"Rate", 'N', 6, 1}}).Row({"1.5"}));
+    WriteTable("field.fdt", DbfTable({{"Crop", 'C', 6}}).Row({"corn"}));
+    const std::string sPath = WriteSet({{}, {}, {P(0, 0, 1, 1), P(0, 0, 9, 9), P(0, 0, 0, 0)}});
+    struct Case {
+        bool bEmpty;
+        std::vector<std::string> vSeen;  // Rate_Act, FDTString and the column "Crop"
+    } aCases[] = {
+        {false, {"1.5 corn corn", "1.5 corn corn", "1.5 corn corn"}},
+        {true, {"1.5 corn corn", "0  ", "0  "}},
+    };
+    for (const Case& t : aCases) {
+        tnwFGPDecoder oSet;
+        oSet.SetEmptyMissingRows(t.bEmpty);
+        oSet.SetFilename(sPath);
+        std::vector<std::string> vSeen;
+        for (bool bOn = oSet.MoveFirst().ToBool(); bOn; bOn = oSet.MoveNext()) {
+            vSeen.push_back(Variant(oSet.Rate_Act()).ToText() + " " + oSet.FDTString() + " " +
+                            oSet.Columns()->Item("Crop")->Value().ToText());
+        }
+        EXPECT_EQ(vSeen, t.vSeen);
+    }
 }
 
 TEST_F(FGPDecoderTest, UTCTimeOfTimesOfDayAndFullTimes) {
