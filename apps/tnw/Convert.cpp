@@ -5,10 +5,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "core/Error.h"
-#include "encoders/tnwASCIIEncoder.h"
-#include "gislib/Projection.h"
-#include "shapefile/tnwShapeEncoder.h"
+#include "Writers.h"
 
 namespace tnw::cli {
 
@@ -16,106 +13,39 @@ namespace fs = std::filesystem;
 
 namespace {
 
-tnwGeometryType GeometryTypeOfName(const std::string& sName) {
-    if (sName == "point") return tnwGeometryPoint;
-    if (sName == "line") return tnwGeometryLine;
-    if (sName == "region") return tnwGeometryRegion;
-    if (sName == "multipoint") return tnwGeometryMultiPoint;
-    return static_cast<tnwGeometryType>(0);
-}
-
-const char* NameOfGeometryType(std::int32_t eType) {
-    switch (eType) {
-        case tnwGeometryPoint:
-            return "points";
-        case tnwGeometryLine:
-            return "lines";
-        case tnwGeometryRegion:
-            return "polygons";
-        case tnwGeometryMultiPoint:
-            return "multipoints";
-        default:
-            return "no geometry";
-    }
-}
-
-// "utm:15n", "utm:33s", "webmercator", "wgs84" or "epsg:<code>".
-std::shared_ptr<tnwProjection> ParseProjection(const std::string& sText) {
-    using standins::SpatialReference;
-    std::string s;
-    for (char c : sText)
-        s += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    std::shared_ptr<SpatialReference> oReference;
-    try {
-        if (s == "wgs84") {
-            oReference = SpatialReference::Wgs84();
-        } else if (s == "webmercator") {
-            oReference = SpatialReference::WebMercator();
-        } else if (s.starts_with("epsg:") && s.size() > 5 &&
-                   s.find_first_not_of("0123456789", 5) == std::string::npos && s.size() <= 10) {
-            oReference = SpatialReference::FromEPSG(std::stoi(s.substr(5)));
-        } else if (s.starts_with("utm:") && s.size() >= 6 && (s.back() == 'n' || s.back() == 's')) {
-            const std::string sZone = s.substr(4, s.size() - 5);
-            if (!sZone.empty() && sZone.size() <= 2 &&
-                sZone.find_first_not_of("0123456789") == std::string::npos) {
-                oReference = SpatialReference::Utm(std::stoi(sZone), s.back() == 'n');
+// Options that only some kinds of output take.
+void CheckOptionsFit(const OutputOptions& t, const FileKind& tOut) {
+    const struct {
+        bool bGiven;
+        const char* sOption;
+        OutputOptionGroup eGroup;
+    } kOptions[] = {
+        {!t.sGeometry.empty() && t.sGeometry != "none", "--geometry", kShapeOptions},
+        {t.dXOffset.has_value(), "--x-offset", kShapeOptions},
+        {t.dYOffset.has_value(), "--y-offset", kShapeOptions},
+        {t.bCentroids, "--centroids", kShapeOptions},
+        {!t.sProjection.empty(), "--projection", kShapeOptions},
+        {t.bNoHeader, "--no-header", kTextOptions},
+        {t.bGeometryText.has_value(), "--geometry-text", kTextOptions},
+        {t.bLonLat.has_value(), "--lonlat", kTextOptions},
+    };
+    for (const auto& tOption : kOptions) {
+        if (!tOption.bGiven || (tOut.fOutputOptions & tOption.eGroup)) continue;
+        std::string sTakers;
+        for (const FileKind& tKind : FileKinds()) {
+            if (tKind.fOutputOptions & tOption.eGroup) {
+                sTakers += (sTakers.empty() ? "" : " or ") + std::string(tKind.sName);
             }
         }
-    } catch (const Error&) {
-        oReference = nullptr;
+        throw Failure(kExitUsage,
+                      std::string(tOption.sOption) + " applies to " + sTakers + " output");
     }
-    if (!oReference) {
-        throw Failure(kExitUsage, "unknown projection \"" + sText +
-                                      "\"; use utm:<zone><n|s>, webmercator, wgs84 or epsg:<code>");
-    }
-    return std::make_shared<standins::Projection>(oReference);
-}
-
-// Options that only one kind of output takes.
-void CheckOptionsFit(const OutputOptions& t, FileKind eOut) {
-    const auto fnRefuse = [&](bool bGiven, const char* sOption, const char* sWhere) {
-        if (bGiven) {
-            throw Failure(kExitUsage, std::string(sOption) + " applies to " + sWhere + " output");
-        }
-    };
-    const bool bShapes = eOut == FileKind::Shapes;
-    fnRefuse(!bShapes && !t.sGeometry.empty() && t.sGeometry != "none", "--geometry", ".shp");
-    fnRefuse(!bShapes && t.dXOffset.has_value(), "--x-offset", ".shp");
-    fnRefuse(!bShapes && t.dYOffset.has_value(), "--y-offset", ".shp");
-    fnRefuse(!bShapes && t.bCentroids, "--centroids", ".shp");
-    fnRefuse(!bShapes && !t.sProjection.empty(), "--projection", ".shp");
-    const bool bText = eOut == FileKind::Text;
-    fnRefuse(!bText && t.bNoHeader, "--no-header", "delimited text");
-    fnRefuse(!bText && t.bGeometryText.has_value(), "--geometry-text", "delimited text");
-    fnRefuse(!bText && t.bLonLat.has_value(), "--lonlat", "delimited text");
-}
-
-// The files an output consists of, as they stand on disk.
-std::vector<fs::path> OutputFiles(const std::string& sWritten, FileKind eOut, std::int32_t eType) {
-    if (eOut == FileKind::Text) return {fs::path(sWritten)};
-    if (eType == 0) return {fs::path(sWritten + ".dbf")};
-    std::vector<fs::path> vFiles;
-    for (const char* sExtension : {".shp", ".shx", ".dbf", ".prj", ".mcd"}) {
-        fs::path oPath(sWritten + sExtension);
-        std::error_code ec;
-        if (fs::exists(oPath, ec)) vFiles.push_back(oPath);
-    }
-    return vFiles;
 }
 
 // Refuses an output that would replace the file being read.
-void CheckNotInput(const std::string& sInput, const std::string& sOutput, FileKind eOut) {
-    std::vector<fs::path> vCandidates;
-    if (eOut == FileKind::Text) {
-        vCandidates.emplace_back(sOutput);
-    } else {
-        fs::path oBase(sOutput);
-        if (oBase.extension().string().size() == 4) oBase.replace_extension();
-        for (const char* sExtension : {".shp", ".shx", ".dbf"}) {
-            vCandidates.emplace_back(oBase.string() + sExtension);
-        }
-    }
-    for (const auto& oCandidate : vCandidates) {
+void CheckNotInput(const std::string& sInput, const RecordWriter& oWriter,
+                   const std::string& sOutput) {
+    for (const auto& oCandidate : oWriter.Targets(sOutput)) {
         std::error_code ec;
         if (fs::equivalent(sInput, oCandidate, ec)) {
             throw Failure(kExitUsage, "the output " + oCandidate.string() +
@@ -132,12 +62,6 @@ void MakeFolder(const std::string& sOutput) {
     if (ec) throw Failure(kExitOutput, "can't create the folder " + oFolder.string());
 }
 
-// What a failed Initialize told in its box, as the end of a sentence.
-std::string BoxDetail(Console& oConsole) {
-    std::string sBox = oConsole.TakeBoxText();
-    return sBox.empty() ? std::string() : " (" + sBox + ")";
-}
-
 struct Counts {
     std::int64_t lWritten = 0;
     std::int64_t lRefused = 0;
@@ -145,8 +69,7 @@ struct Counts {
 
 // Hands every record of the source to the encoder, as ImportRS would, but keeps each
 // Update's result.
-template <class Encoder>
-Counts WriteRecords(tnwDecoderRecordSource& oSource, Encoder& oEncoder, Console& oConsole,
+Counts WriteRecords(tnwDecoderRecordSource& oSource, RecordWriter& oWriter, Console& oConsole,
                     const std::string& sInput) {
     Counts tCounts;
     bool bWriting = false;
@@ -158,8 +81,7 @@ Counts WriteRecords(tnwDecoderRecordSource& oSource, Encoder& oEncoder, Console&
     oSource.MoveFirst();
     while (!oSource.Eof()) {
         bWriting = true;
-        oEncoder.SetGeometry(oSource.Geometry());
-        if (oEncoder.Update()) {
+        if (oWriter.Write(oSource.Geometry())) {
             ++tCounts.lWritten;
         } else {
             ++tCounts.lRefused;
@@ -171,103 +93,51 @@ Counts WriteRecords(tnwDecoderRecordSource& oSource, Encoder& oEncoder, Console&
     return tCounts;
 }
 
-std::int64_t TableRecordCount(const std::string& sTable) {
-    auto oTable = std::make_shared<tnwDBFDecoder>();
-    oTable->SetFilename(sTable);
-    return tnwDecoderRecordSource(oTable).RecordCount();
-}
-
 }  // namespace
 
-ExitCode Convert(InputOptions tInputOptions, const OutputOptions& t, Console& oConsole) {
+ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole) {
     const auto tStart = std::chrono::steady_clock::now();
-    const FileKind eIn = ResolveKind(tInputOptions.sPath, tInputOptions.sFrom);
-    const FileKind eOut = ResolveKind(t.sPath, t.sTo);
-    CheckOptionsFit(t, eOut);
-    if (eIn == FileKind::Shapes) {
-        throw Failure(kExitKind,
-                      "convert reads delimited text and dBase tables; for the "
-                      "attributes of a shapefile set convert its .dbf");
+    const FileKind& tIn = ResolveKind(tInputOptions.sPath, tInputOptions.sFrom);
+    const FileKind& tOut = ResolveKind(t.sPath, t.sTo);
+    if (!tOut.fnNewWriter) {
+        throw Failure(kExitKind, "the tool doesn't write a " + std::string(tOut.sName) +
+                                     "; it writes " + KindNames(false));
     }
+    CheckOptionsFit(t, tOut);
 
     // --delimiter belongs to the text file of the conversion, the output when both are text.
-    std::string sOutDelimiter = LowerExtension(t.sPath) == "tsv" ? "\t" : ",";
     if (!t.sDelimiter.empty()) {
         const std::string sDelimiter = ParseDelimiter(t.sDelimiter);
-        if (eOut == FileKind::Text) {
-            sOutDelimiter = sDelimiter;
-        } else if (eIn == FileKind::Text && tInputOptions.sDelimiter.empty()) {
+        if (tOut.bDelimited) {
+            t.sDelimiter = sDelimiter;
+        } else if (tIn.bDelimited && tInputOptions.sDelimiter.empty()) {
             tInputOptions.sDelimiter = sDelimiter;
+            t.sDelimiter.clear();
         } else {
             throw Failure(kExitUsage, "--delimiter applies to delimited text only");
         }
+    } else if (tOut.bDelimited && LowerExtension(t.sPath) == "tsv") {
+        t.sDelimiter = "\t";
     }
     if (!tInputOptions.sDelimiter.empty()) {
         tInputOptions.sDelimiter = ParseDelimiter(tInputOptions.sDelimiter);
     }
 
     Input tInput = OpenInput(tInputOptions);
-    CheckNotInput(tInput.sPath, t.sPath, eOut);
+    const std::unique_ptr<RecordWriter> oWriter = tOut.fnNewWriter();
+    CheckNotInput(tInput.sPath, *oWriter, t.sPath);
     tnwDecoderRecordSource& oSource = *tInput.oSource;
-    const std::int32_t eSourceType = oSource.GeometryType();
-    const TNW_Encoders_GeometryFormats eFormat =
-        tInput.oText ? tInput.oText->GeometryFormat() : tInput.oTable->GeometryFormat();
-
-    std::int32_t eType = 0;
-    if (eOut == FileKind::Shapes) {
-        eType = t.sGeometry.empty() ? eSourceType : GeometryTypeOfName(t.sGeometry);
-        if (eType == 0 && t.sGeometry != "none") {
-            throw Failure(kExitUsage, tInput.sPath +
-                                          " has no geometry that the tool can find; give "
-                                          "--lon-col and --lat-col or --wkt-col, or write a .dbf");
-        }
-        if (t.bCentroids) eType = tnwGeometryPoint;
-        if (!t.sProjection.empty() && eType != tnwGeometryRegion) {
-            throw Failure(kExitUsage, "--projection applies to polygons (--geometry region) only");
-        }
-    }
 
     MakeFolder(t.sPath);
+    oWriter->Open(t, tInput, oConsole);
     oSource.SetCallback(oConsole.Progress("converting"));
-    Counts tCounts;
-    std::string sWritten;
-    if (eOut == FileKind::Text) {
-        tnwASCIIEncoder oEncoder;
-        oEncoder.SetHeader(!t.bNoHeader);
-        oEncoder.SetDelimiter(sOutDelimiter);
-        oEncoder.SetIncludeGeometry(t.bGeometryText.value_or(eFormat == TNW_GeometryFormat_WKT));
-        oEncoder.SetIncludeLonLat(t.bLonLat.value_or(eFormat == TNW_GeometryFormat_LonLat));
-        oEncoder.SetIncludeInvisible(t.bIncludeInvisible);
-        if (!oEncoder.InitializeFile(t.sPath, oSource.Columns())) {
-            throw Failure(kExitOutput, "can't create " + t.sPath + BoxDetail(oConsole));
-        }
-        tCounts = WriteRecords(oSource, oEncoder, oConsole, tInput.sPath);
-        oEncoder.CloseFiles();
-        sWritten = oEncoder.Filename();
-    } else {
-        tnwShapeEncoder oEncoder;
-        oEncoder.SetGeometryType(static_cast<tnwGeometryType>(eType));
-        oEncoder.SetXOffset(t.dXOffset.value_or(0.0));
-        oEncoder.SetYOffset(t.dYOffset.value_or(0.0));
-        oEncoder.SetExportCentroids(t.bCentroids);
-        oEncoder.SetIncludeInvisible(t.bIncludeInvisible);
-        if (!t.sProjection.empty()) oEncoder.SetProjection(ParseProjection(t.sProjection));
-        if (!oEncoder.Initialize(t.sPath, oSource.Columns(), static_cast<tnwGeometryType>(eType))) {
-            throw Failure(kExitOutput, "can't create " + t.sPath + BoxDetail(oConsole));
-        }
-        tCounts = WriteRecords(oSource, oEncoder, oConsole, tInput.sPath);
-        oEncoder.CloseFiles();
-        sWritten = oEncoder.Filename();
-        // The table's header tells what the set really holds.
-        if (TableRecordCount(sWritten + ".dbf") != tCounts.lWritten) {
-            throw Failure(kExitOutput, "the output " + sWritten + " could not be finished");
-        }
-    }
+    const Counts tCounts = WriteRecords(oSource, *oWriter, oConsole, tInput.sPath);
+    oWriter->Close(tCounts.lWritten);
     oConsole.EndProgress();
 
     std::uintmax_t nOutBytes = 0;
     std::string sFiles;
-    for (const fs::path& oFile : OutputFiles(sWritten, eOut, eType)) {
+    for (const fs::path& oFile : oWriter->Files()) {
         std::error_code ec;
         nOutBytes += fs::file_size(oFile, ec);
         if (sFiles.empty()) {
@@ -286,9 +156,7 @@ ExitCode Convert(InputOptions tInputOptions, const OutputOptions& t, Console& oC
     std::string sSummary = "read " + CountText(oSource.RecordsRead(), "record") + " from " +
                            tInput.sPath + " (" + SizeText(nInBytes) + "), wrote " +
                            std::to_string(tCounts.lWritten) + " to " + sFiles + " (" +
-                           SizeText(nOutBytes);
-    if (eOut == FileKind::Shapes) sSummary += std::string(", ") + NameOfGeometryType(eType);
-    sSummary += ") in " + std::string(aSeconds);
+                           SizeText(nOutBytes) + oWriter->Detail() + ") in " + aSeconds;
     oConsole.Summary(sSummary);
 
     if (oSource.RowsSkipped() > 0) {

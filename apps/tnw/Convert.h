@@ -14,7 +14,7 @@ namespace tnw::cli {
 struct OutputOptions {
     std::string sPath;
     std::string sTo;         // a kind name overriding the extension
-    std::string sDelimiter;  // --delimiter as typed: the output's when it is text, else the input's
+    std::string sDelimiter;  // --delimiter: the output's when it is text, else the input's
     bool bIncludeInvisible = false;
     // Shapefile sets.
     std::string sGeometry;  // point, line, region, multipoint, none; "" for the input's kind
@@ -28,6 +28,6 @@ struct OutputOptions {
     std::optional<bool> bLonLat;        // unset: on when the input's geometry is a lon/lat pair
 };
 
-ExitCode Convert(InputOptions tInput, const OutputOptions& tOutput, Console& oConsole);
+ExitCode Convert(InputOptions tInput, OutputOptions tOutput, Console& oConsole);
 
 }  // namespace tnw::cli

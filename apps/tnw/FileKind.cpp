@@ -4,8 +4,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
+#include <vector>
 
 #include "ExitCodes.h"
+#include "Info.h"
+#include "Input.h"
+#include "Writers.h"
 
 namespace tnw::cli {
 
@@ -18,53 +22,75 @@ std::string Lower(std::string_view s) {
     return sLower;
 }
 
-bool KindOfName(const std::string& sName, FileKind& eKind) {
-    if (sName == "csv" || sName == "txt" || sName == "tsv" || sName == "text") {
-        eKind = FileKind::Text;
-    } else if (sName == "dbf") {
-        eKind = FileKind::Table;
-    } else if (sName == "shp") {
-        eKind = FileKind::Shapes;
-    } else {
-        return false;
+constexpr std::string_view kTextNames[] = {"csv", "txt", "tsv", "text"};
+constexpr std::string_view kTableNames[] = {"dbf"};
+constexpr std::string_view kShapeNames[] = {"shp"};
+
+const FileKind kKinds[] = {
+    {"delimited text", kTextNames, OpenText, NewTextWriter, TextInfo, kTextOptions, true},
+    {"dBase table", kTableNames, OpenTable, NewTableWriter, TableInfo, 0, false},
+    {"shapefile set", kShapeNames, nullptr, NewShapeSetWriter, ShapesInfo, kShapeOptions, false},
+};
+
+const FileKind* KindOfName(std::string_view sName) {
+    for (const FileKind& tKind : kKinds) {
+        if (std::find(tKind.vNames.begin(), tKind.vNames.end(), sName) != tKind.vNames.end()) {
+            return &tKind;
+        }
     }
-    return true;
+    return nullptr;
+}
+
+// "csv, txt, tsv, dbf or shp" of the kinds that pass the test.
+template <class Test>
+std::string NameList(Test fnTest, bool bWithText) {
+    std::vector<std::string_view> vNames;
+    for (const FileKind& tKind : kKinds) {
+        if (!fnTest(tKind)) continue;
+        for (std::string_view sName : tKind.vNames) {
+            if (bWithText || sName != "text") vNames.push_back(sName);
+        }
+    }
+    std::string sList;
+    for (std::size_t n = 0; n < vNames.size(); ++n) {
+        if (n > 0) sList += n + 1 == vNames.size() ? " or " : ", ";
+        sList += vNames[n];
+    }
+    return sList;
 }
 
 }  // namespace
+
+std::span<const FileKind> FileKinds() {
+    return kKinds;
+}
+
+std::string KindNames(bool bRead) {
+    return NameList(
+        [&](const FileKind& t) { return bRead ? t.fnOpen != nullptr : t.fnNewWriter != nullptr; },
+        false);
+}
 
 std::string LowerExtension(const std::string& sPath) {
     const std::string sExtension = std::filesystem::path(sPath).extension().string();
     return sExtension.empty() ? std::string() : Lower(std::string_view(sExtension).substr(1));
 }
 
-FileKind ResolveKind(const std::string& sPath, std::string_view sOverride) {
-    FileKind eKind{};
+const FileKind& ResolveKind(const std::string& sPath, std::string_view sOverride) {
+    const auto fnAll = [](const FileKind&) { return true; };
     if (!sOverride.empty()) {
-        if (KindOfName(Lower(sOverride), eKind)) return eKind;
-        throw Failure(kExitUsage, "\"" + std::string(sOverride) +
-                                      "\" is no file kind; use csv, txt, tsv, dbf or shp");
+        if (const FileKind* pKind = KindOfName(Lower(sOverride))) return *pKind;
+        throw Failure(kExitUsage, "\"" + std::string(sOverride) + "\" is no file kind; use " +
+                                      NameList(fnAll, false));
     }
     const std::string sExtension = LowerExtension(sPath);
-    if (KindOfName(sExtension, eKind)) return eKind;
+    if (const FileKind* pKind = KindOfName(sExtension)) return *pKind;
     if (sExtension.empty()) {
         throw Failure(kExitKind, "can't tell the kind of " + sPath +
                                      " without an extension; name it with --from or --to");
     }
     throw Failure(kExitKind, "unknown file kind \"." + sExtension + "\" of " + sPath +
-                                 "; the tool reads and writes .csv, .txt, .tsv, .dbf and .shp");
-}
-
-std::string_view KindName(FileKind eKind) {
-    switch (eKind) {
-        case FileKind::Text:
-            return "delimited text";
-        case FileKind::Table:
-            return "dBase table";
-        case FileKind::Shapes:
-            return "shapefile set";
-    }
-    return "";
+                                 "; the tool knows " + NameList(fnAll, false) + " files");
 }
 
 }  // namespace tnw::cli

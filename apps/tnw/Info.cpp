@@ -72,7 +72,10 @@ std::string TableBeside(const std::string& sShapes) {
     return {};
 }
 
-void ShapesInfo(const std::string& sPath) {
+}  // namespace
+
+void ShapesInfo(const InputOptions& tOptions, Console&) {
+    const std::string& sPath = tOptions.sPath;
     std::int32_t eType = 0;
     std::string sType;
     bool bCartesian = false;
@@ -104,7 +107,8 @@ void ShapesInfo(const std::string& sPath) {
     PrintSchema(oTable->Schema());
 }
 
-void TableInfo(const std::string& sPath) {
+void TableInfo(const InputOptions& tOptions, Console&) {
+    const std::string& sPath = tOptions.sPath;
     const auto oTable = OpenTable(sPath);
     std::error_code ec;
     Field("File:", sPath + " (" + SizeText(fs::file_size(sPath, ec)) + ")");
@@ -114,7 +118,7 @@ void TableInfo(const std::string& sPath) {
     PrintSchema(oTable->Schema());
 }
 
-void TextInfo(const InputOptions& tOptions) {
+void TextInfo(const InputOptions& tOptions, Console&) {
     const Input tInput = OpenInput(tOptions);
     const tnwASCIIDecoder& oText = *tInput.oText;
     std::error_code ec;
@@ -147,23 +151,11 @@ void TextInfo(const InputOptions& tOptions) {
     }
 }
 
-}  // namespace
-
 ExitCode Info(const InputOptions& tInput, Console& oConsole) {
-    const FileKind eKind = ResolveKind(tInput.sPath, tInput.sFrom);
+    const FileKind& tKind = ResolveKind(tInput.sPath, tInput.sFrom);
     RequireFile(tInput.sPath);
     try {
-        switch (eKind) {
-            case FileKind::Shapes:
-                ShapesInfo(tInput.sPath);
-                break;
-            case FileKind::Table:
-                TableInfo(tInput.sPath);
-                break;
-            case FileKind::Text:
-                TextInfo(tInput);
-                break;
-        }
+        tKind.fnInfo(tInput, oConsole);
     } catch (const Error& oError) {
         throw Failure(kExitInput, "can't read " + tInput.sPath + ": " + oError.sDescription);
     }

@@ -9,4 +9,9 @@ namespace tnw::cli {
 
 ExitCode Info(const InputOptions& tInput, Console& oConsole);
 
+// What info prints of each kind, for the kinds' rows.
+void TextInfo(const InputOptions& tOptions, Console& oConsole);
+void TableInfo(const InputOptions& tOptions, Console& oConsole);
+void ShapesInfo(const InputOptions& tOptions, Console& oConsole);
+
 }  // namespace tnw::cli

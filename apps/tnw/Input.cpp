@@ -74,6 +74,13 @@ void SetGeometryFields(const InputOptions& tOptions, std::int32_t lFields, auto&
     }
 }
 
+// The parser of the well-known text in a record.
+std::shared_ptr<IGeometry> ParseGeometry(std::string_view sWKT) {
+    return standins::ParseWKT(sWKT);
+}
+
+}  // namespace
+
 void OpenText(const InputOptions& tOptions, Input& tInput) {
     if (tOptions.lHeaderRows < 0) throw Failure(kExitUsage, "--header-rows can't be negative");
     auto oDecoder = std::make_shared<tnwASCIIDecoder>();
@@ -108,6 +115,8 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
     }
     SetGeometryFields(tOptions, lFields, *oDecoder);
     tInput.oText = oDecoder;
+    tInput.eFormat = oDecoder->GeometryFormat();
+    tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
 }
 
 void OpenTable(const InputOptions& tOptions, Input& tInput) {
@@ -117,10 +126,9 @@ void OpenTable(const InputOptions& tOptions, Input& tInput) {
         throw Failure(kExitInput, "can't read " + tOptions.sPath + " as a dBase table");
     }
     SetGeometryFields(tOptions, oDecoder->Columns()->Count(), *oDecoder);
-    tInput.oTable = oDecoder;
+    tInput.eFormat = oDecoder->GeometryFormat();
+    tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
 }
-
-}  // namespace
 
 void RequireFile(const std::string& sPath) {
     std::error_code ec;
@@ -149,26 +157,18 @@ std::string ParseDelimiter(const std::string& sText) {
 Input OpenInput(const InputOptions& tOptions) {
     Input tInput;
     tInput.sPath = tOptions.sPath;
-    tInput.eKind = ResolveKind(tOptions.sPath, tOptions.sFrom);
+    tInput.pKind = &ResolveKind(tOptions.sPath, tOptions.sFrom);
+    if (!tInput.pKind->fnOpen) {
+        throw Failure(kExitKind, "the tool doesn't read records from a " +
+                                     std::string(tInput.pKind->sName) + "; it reads " +
+                                     KindNames(true));
+    }
     RequireFile(tOptions.sPath);
     try {
-        switch (tInput.eKind) {
-            case FileKind::Text:
-                OpenText(tOptions, tInput);
-                break;
-            case FileKind::Table:
-                OpenTable(tOptions, tInput);
-                break;
-            case FileKind::Shapes:
-                throw Failure(kExitKind, "a shapefile set is read by preview and info only");
-        }
+        tInput.pKind->fnOpen(tOptions, tInput);
     } catch (const Error& oError) {
         throw Failure(kExitInput, "can't read " + tOptions.sPath + ": " + oError.sDescription);
     }
-    const auto fnParse = [](std::string_view sWKT) { return standins::ParseWKT(sWKT); };
-    tInput.oSource = tInput.oText
-                         ? std::make_shared<tnwDecoderRecordSource>(tInput.oText, fnParse)
-                         : std::make_shared<tnwDecoderRecordSource>(tInput.oTable, fnParse);
     return tInput;
 }
 

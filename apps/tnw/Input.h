@@ -22,19 +22,23 @@ struct InputOptions {
 };
 
 struct Input {
-    FileKind eKind = FileKind::Text;
+    const FileKind* pKind = nullptr;
     std::string sPath;
-    std::shared_ptr<tnwASCIIDecoder> oText;  // one of these two, by kind
-    std::shared_ptr<tnwDBFDecoder> oTable;
     std::shared_ptr<tnwDecoderRecordSource> oSource;
+    TNW_Encoders_GeometryFormats eFormat = TNW_GeometryFormat_None;  // how records carry geometry
+    std::shared_ptr<tnwASCIIDecoder> oText;  // the decoder of a text input, for what info tells
 };
 
-// Opens a delimited text file or a dBase table. For text the columns come from the last header
-// row (AutoGenColumns), or are named Field1, Field2... when there is none, and a lone line feed
-// ends a line. The column that holds the well-known text is hidden: the geometry carries it.
-// Failures: kExitInput for a file that is missing or can't be read, kExitUsage for options
-// that don't fit the file, kExitKind for a kind that isn't read this way (a shapefile set).
+// Opens a file as a record source through its kind's row. Failures: kExitInput for a file that
+// is missing or can't be read, kExitUsage for options that don't fit the file, kExitKind for a
+// kind that isn't read as records.
 Input OpenInput(const InputOptions& tOptions);
+
+// The openers of the kinds' rows. Text: the columns come from the last header row
+// (AutoGenColumns), or are named Field1, Field2... when there is none, and a lone line feed
+// ends a line. The column that holds the well-known text is hidden: the geometry carries it.
+void OpenText(const InputOptions& tOptions, Input& tInput);
+void OpenTable(const InputOptions& tOptions, Input& tInput);
 
 // One delimiter character from what the user typed: a single character, or "tab", "\t",
 // "comma", "semicolon", "pipe", "space". Failure kExitUsage otherwise.

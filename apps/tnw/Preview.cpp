@@ -142,14 +142,15 @@ ExitCode Preview(const InputOptions& tInput, const PreviewOptions& tOptions, Con
     if (LowerExtension(tOptions.sPath) != "svg") {
         throw Failure(kExitKind, "a preview is an SVG drawing: name the output .svg");
     }
-    const FileKind eKind = ResolveKind(tInput.sPath, tInput.sFrom);
+    const FileKind& tKind = ResolveKind(tInput.sPath, tInput.sFrom);
     MapData tMap;
     tMap.sTitle = fs::path(tInput.sPath).filename().string();
     try {
-        if (eKind == FileKind::Shapes) {
-            ReadShapes(tInput, tOptions.sColumn, oConsole, tMap);
-        } else {
+        // A shapefile set is drawn from its own records until it opens as a record source.
+        if (tKind.fnOpen) {
             ReadRecords(tInput, tOptions.sColumn, oConsole, tMap);
+        } else {
+            ReadShapes(tInput, tOptions.sColumn, oConsole, tMap);
         }
     } catch (const Error& oError) {
         throw Failure(kExitInput, "can't read " + tInput.sPath + ": " + oError.sDescription);

@@ -1,0 +1,45 @@
+// Writing records to a file kind: the one interface convert drives, and the writers of the
+// library's encoders behind it.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/Geometry.h"
+
+namespace tnw::cli {
+
+class Console;
+struct Input;
+struct OutputOptions;
+
+class RecordWriter {
+public:
+    virtual ~RecordWriter() = default;
+
+    // Makes the output for the input's columns. Failure kExitUsage for options that don't fit
+    // the input, kExitOutput when the output can't be created.
+    virtual void Open(const OutputOptions& tOptions, Input& tInput, Console& oConsole) = 0;
+    // Writes the input's current record (its columns hold the values) with this geometry;
+    // false when the encoder refused it.
+    virtual bool Write(const std::shared_ptr<IGeometry>& oGeometry) = 0;
+    // Finishes the output; lWritten records were accepted. Failure kExitOutput when it could
+    // not be finished.
+    virtual void Close(std::int64_t lWritten) = 0;
+
+    // The files the output consists of, as they stand on disk after Close.
+    virtual std::vector<std::filesystem::path> Files() const = 0;
+    // The files that writing to sOutput makes or replaces.
+    virtual std::vector<std::filesystem::path> Targets(const std::string& sOutput) const = 0;
+    // What the summary line adds about the output, such as ", points"; "" for nothing.
+    virtual std::string Detail() const { return {}; }
+};
+
+std::unique_ptr<RecordWriter> NewTextWriter();
+std::unique_ptr<RecordWriter> NewTableWriter();
+std::unique_ptr<RecordWriter> NewShapeSetWriter();
+
+}  // namespace tnw::cli
