@@ -1,8 +1,10 @@
 #include "decoders/tnwFGPDecoder.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <span>
 
 #include "core/Error.h"
 #include "core/NumberText.h"
@@ -35,6 +37,12 @@ constexpr ColumnSpec kColumns[] = {
     {"Rate_Act", vtDouble, 10, 3, 3, true, 13}, {"Swath", vtDouble, 10, 3, 3, true, 14},
     {"P_PARAM", vtDouble, 10, 3, 3, true, 15},  {"V_PARAM", vtDouble, 10, 3, 3, true, 16},
     {"NDVI", vtDouble, 10, 3, 3, true, 17},     {"VI_2ND", vtDouble, 10, 3, 3, true, 18},
+};
+// The columns of the point's own values, with PointColumns.
+constexpr ColumnSpec kPointColumns[] = {
+    {"Longitude", vtDouble, 14, 9, 3, true, 0}, {"Latitude", vtDouble, 14, 9, 3, true, 0},
+    {"UTCTime", vtDouble, 14, 3, 3, true, 0},   {"Heading", vtDouble, 10, 3, 3, true, 0},
+    {"RegionID", vtInt32, 10, 0, 3, true, 0},   {"AttributeID", vtInt32, 10, 0, 3, true, 0},
 };
 constexpr std::int32_t kUnit = 16;
 
@@ -168,15 +176,19 @@ std::unique_ptr<tnwDBFDecoder> tnwFGPDecoder::OpenFSN() {
 
 void tnwFGPDecoder::BuildColumns() {
     oColumns = NewColumnList();
-    for (const ColumnSpec& t : kColumns) {
-        auto oColumn = oColumns->Add(t.sKey, "", "", t.lType, t.iSize, t.iPrecision, t.lFlags, 1,
-                                     kUnit, "", t.bVisible, true, Variant(std::string()));
-        if (oColumn && t.lPosition > 0) oColumn->SetSource("", t.lPosition);
-    }
+    const auto AddColumns = [this](std::span<const ColumnSpec> vSpecs) {
+        for (const ColumnSpec& t : vSpecs) {
+            auto oColumn = oColumns->Add(t.sKey, "", "", t.lType, t.iSize, t.iPrecision, t.lFlags,
+                                         1, kUnit, "", t.bVisible, true, Variant(std::string()));
+            if (oColumn && t.lPosition > 0) oColumn->SetSource("", t.lPosition);
+        }
+    };
+    AddColumns(kColumns);
     if (oFDT) {
         for (const auto& oColumn : oFDT->Columns()->Items())
             oColumns->AddColumn(oColumn);
     }
+    if (bPointColumns) AddColumns(kPointColumns);
     for (const auto& oColumn : oColumns->Items()) {
         if (oColumn->Type() == vtDate || FoldCaseEquals(oColumn->Key(), "date")) {
             oDateColumn = oColumn;
@@ -311,6 +323,7 @@ bool tnwFGPDecoder::MoveNext() {
     Guard("tnwFGPDecoder.MoveNext", [&] {
         while (iPhase >= 1 && iPhase <= 3) {
             if (StepInPhase()) {
+                if (bPointColumns) FillPointColumns();
                 bResult = true;
                 return;
             }
@@ -366,6 +379,19 @@ bool tnwFGPDecoder::StepInPhase() {
             Increment(lPartIndex);
             return true;
         }
+    }
+}
+
+void tnwFGPDecoder::FillPointColumns() {
+    static constexpr const char* kKeys[] = {"Longitude", "Latitude", "Altitude",   "UTCTime",
+                                            "Heading",   "RegionID", "AttributeID"};
+    std::array<Variant, std::size(kKeys)> aValues;
+    if (iPhase == 3 || (iPhase == 2 && bAsSites)) {
+        aValues = {Longitude(), Latitude(), Altitude(),   UTCTime(),
+                   Heading(),   RegionID(), AttributeID()};
+    }
+    for (std::size_t i = 0; i < aValues.size(); ++i) {
+        if (const auto oColumn = oColumns->Item(kKeys[i])) oColumn->SetValue(aValues[i]);
     }
 }
 

@@ -31,6 +31,12 @@ public:
     // properties give 0), so no point takes another's values.
     bool EmptyMissingRows() const { return bEmptyMissingRows; }
     void SetEmptyMissingRows(bool bValue) { bEmptyMissingRows = bValue; }
+    // Off by default: a point's own values reach the host through the properties only. On
+    // (set it before Filename): the columns end with "Longitude", "Latitude", "UTCTime",
+    // "Heading", "RegionID" and "AttributeID", and these and "Altitude" hold the point's
+    // values at each site and loose point, and are empty at a region or a whole line.
+    bool PointColumns() const { return bPointColumns; }
+    void SetPointColumns(bool bValue) { bPointColumns = bValue; }
     const std::string& Filename() const { return sFilename; }
     // Opens the main file and the side tables, sets the day base from the main file's date,
     // builds the columns and counts the records. The cursor does not move.
@@ -63,6 +69,9 @@ public:
     // Records delivered of those counted at Filename, in percent; 100 for an empty set.
     double PercentComplete() const;
     bool Eof() const { return iPhase >= 4; }
+    // Where the current record comes from: 1 the regions, 2 the lines, 3 the loose points; 0
+    // before the first MoveFirst and 4 at the end.
+    std::int16_t Phase() const { return iPhase; }
     // Starts at the first region: a boolean, or the empty value when the move failed.
     Variant MoveFirst();
     // The next record, through any empty phase or line; false at the end and before MoveFirst.
@@ -92,10 +101,13 @@ private:
     bool StepInPhase();
     // The side-table rows of the current point.
     void ReadPointRows();
+    // The point columns of the record MoveNext landed on.
+    void FillPointColumns();
     tnwFGPFile& File() const;
 
     bool bAsSites = true;
     bool bEmptyMissingRows = false;
+    bool bPointColumns = false;
     std::string sFilename;
     bool bValidFile = false;
     std::shared_ptr<tnwColumns> oColumns;

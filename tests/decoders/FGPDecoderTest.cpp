@@ -420,6 +420,36 @@ TEST_F(FGPDecoderTest, GeometryText) {
     }
 }
 
+TEST_F(FGPDecoderTest, PointColumnsHoldEachPointsOwnValues) {
+    PointData tSite = P(-93.5, 42.25, 0, 0, 1145062800.0);
+    tSite.dAltitude = 301.5;
+    tSite.dHeading = 87.25;
+    tSite.lRegionID = 4;
+    WriteTable("field.fdt", DbfTable({{"Crop", 'C', 6}}).Row({"corn"}));
+    oReader.SetPointColumns(true);
+    oReader.SetFilename(WriteSet({{{P(1, 1)}}, {{tSite}}, {P(5, 6, 0, 1, 7.5)}}));
+    const auto& vColumns = oReader.Columns()->Items();
+    std::string sKeys;
+    for (std::size_t i = 16; i < vColumns.size(); ++i)
+        sKeys += vColumns[i]->Key() + " ";
+    EXPECT_EQ(sKeys, "Crop Longitude Latitude UTCTime Heading RegionID AttributeID ");
+    const char* kKeys[] = {"Longitude", "Latitude", "Altitude",   "UTCTime",
+                           "Heading",   "RegionID", "AttributeID"};
+    std::vector<std::string> vRecords;
+    Walk([&] {
+        std::string sRecord;
+        for (const char* sKey : kKeys)
+            sRecord += oReader.Columns()->Item(sKey)->Value().ToText() + ";";
+        vRecords.push_back(sRecord);
+    });
+    ASSERT_EQ(vRecords.size(), 3U);
+    EXPECT_EQ(vRecords[0], ";;;;;;;");  // a region: no point of its own
+    EXPECT_EQ(vRecords[1], "-93.5;42.25;301.5;1145062800;87.25;4;0;");
+    EXPECT_EQ(vRecords[2].substr(0, 6), "5;6;0;");
+    EXPECT_EQ(vRecords[2].substr(vRecords[2].size() - 7), ";0;0;1;");
+    EXPECT_EQ(oReader.Columns()->Item("UTCTime")->Value(), Variant(oReader.UTCTime()));
+}
+
 TEST_F(FGPDecoderTest, FailuresGoToTheErrorPath) {
     SetSpec tSet = FieldSet();
     tSet.vRegions[1][0].dLongitude = std::numeric_limits<double>::infinity();
