@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ExitCodes.h"
+#include "FGPSet.h"
 #include "Info.h"
 #include "Input.h"
 #include "Writers.h"
@@ -25,11 +26,13 @@ std::string Lower(std::string_view s) {
 constexpr std::string_view kTextNames[] = {"csv", "txt", "tsv", "text"};
 constexpr std::string_view kTableNames[] = {"dbf"};
 constexpr std::string_view kShapeNames[] = {"shp"};
+constexpr std::string_view kFGPNames[] = {"fgp"};
 
 const FileKind kKinds[] = {
     {"delimited text", kTextNames, OpenText, NewTextWriter, TextInfo, kTextOptions, true},
     {"dBase table", kTableNames, OpenTable, NewTableWriter, TableInfo, 0, false},
     {"shapefile set", kShapeNames, nullptr, NewShapeSetWriter, ShapesInfo, kShapeOptions, false},
+    {"FGP set", kFGPNames, OpenFGP, NewFGPSetWriter, FGPInfo, 0, false},
 };
 
 const FileKind* KindOfName(std::string_view sName) {

@@ -13,5 +13,6 @@ ExitCode Info(const InputOptions& tInput, Console& oConsole);
 void TextInfo(const InputOptions& tOptions, Console& oConsole);
 void TableInfo(const InputOptions& tOptions, Console& oConsole);
 void ShapesInfo(const InputOptions& tOptions, Console& oConsole);
+void FGPInfo(const InputOptions& tOptions, Console& oConsole);
 
 }  // namespace tnw::cli

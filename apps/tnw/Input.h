@@ -19,6 +19,8 @@ struct InputOptions {
     std::int32_t lLonCol = 0;  // 1-based field numbers; 0 for none
     std::int32_t lLatCol = 0;
     std::int32_t lWKTCol = 0;
+    std::string sPhase;     // of an FGP set: "regions", "lines" or "points"; "" for all
+    bool bAsSites = false;  // of an FGP set: each vertex of a line a point of its own
 };
 
 struct Input {

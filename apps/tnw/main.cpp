@@ -21,15 +21,15 @@ constexpr const char* kGlobalOptions =
 
 constexpr const char* kDescription =
     "tnw moves precision-agriculture field data between delimited text (.csv .txt .tsv), "
-    "dBase tables (.dbf) and shapefile sets (.shp), tells what a file holds, and draws a map "
-    "of it. File kinds follow the extension, case-insensitive.";
+    "dBase tables (.dbf), shapefile sets (.shp) and FGP sets (.fgp), tells what a file holds, "
+    "and draws a map of it. File kinds follow the extension, case-insensitive.";
 
 void AddInputOptions(CLI::App& oCommand, InputOptions& tInput, bool bDelimiter) {
     const char* sGroup = "Input";
     oCommand
         .add_option("--from", tInput.sFrom,
                     "Kind of the input, whatever its extension: csv, "
-                    "txt, tsv, dbf or shp")
+                    "txt, tsv, dbf, shp or fgp")
         ->group(sGroup);
     if (bDelimiter) {
         oCommand
@@ -61,6 +61,17 @@ void AddInputOptions(CLI::App& oCommand, InputOptions& tInput, bool bDelimiter) 
                     "Field number (from 1) of the geometry as well-known text")
         ->check(CLI::PositiveNumber)
         ->group(sGroup);
+    oCommand
+        .add_option("--phase", tInput.sPhase,
+                    "Of an FGP set, only its regions, lines or points (default: all, in that "
+                    "order)")
+        ->check(CLI::IsMember({"regions", "lines", "points"}))
+        ->group(sGroup);
+    oCommand
+        .add_flag("--as-sites", tInput.bAsSites,
+                  "Of an FGP set, each vertex of a line as a point with its own values (default: "
+                  "each line whole)")
+        ->group(sGroup);
 }
 
 }  // namespace
@@ -89,7 +100,10 @@ int main(int argc, char** argv) {
                     "  tnw convert boundaries.csv fields.shp --geometry region --wkt-col 3\n"
                     "  tnw convert table.dbf table.csv\n"
                     "  tnw convert yield.csv table.dbf\n"
-                    "  tnw convert yield.csv copy.txt --delimiter ';'\n\n") +
+                    "  tnw convert yield.csv copy.txt --delimiter ';'\n"
+                    "  tnw convert spray.fgp passes.shp --phase lines\n"
+                    "  tnw convert spray.fgp sites.csv --as-sites\n"
+                    "  tnw convert points.csv set.fgp\n\n") +
         kGlobalOptions + kExitCodeHelp);
     pConvert->fallthrough();
     pConvert->add_option("input", tConvertIn.sPath, "File to read")->required();
@@ -106,7 +120,7 @@ int main(int argc, char** argv) {
     pConvert
         ->add_option("--to", tOut.sTo,
                      "Kind of the output, whatever its extension: csv, txt, "
-                     "tsv, dbf or shp")
+                     "tsv, dbf, shp or fgp")
         ->group("Output");
     pConvert
         ->add_option("--delimiter", tOut.sDelimiter,
