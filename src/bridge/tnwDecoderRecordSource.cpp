@@ -1,6 +1,7 @@
 #include "bridge/tnwDecoderRecordSource.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <type_traits>
@@ -282,22 +283,33 @@ std::shared_ptr<IGeometry> tnwDecoderRecordSource::FGPGeometry(tnwFGPDecoder& oS
     if (iPhase == 3 || (iPhase == 2 && oSet.AsSites())) {
         return m_oFactory->CreatePoint(oSet.Longitude(), oSet.Latitude(), nullptr);
     }
-    // "POLYGON((v,...,v))" or "LineString((v,...,v))", the ring not closed, to standard text.
-    const std::string sText = oSet.WKT();
-    const std::size_t nOpen = sText.find("((");
-    if (!m_fnParseWKT || nOpen == std::string::npos || sText.size() < nOpen + 4) return nullptr;
-    std::string sVertices = sText.substr(nOpen + 2, sText.size() - nOpen - 4);
-    if (sVertices.empty()) return nullptr;
-    std::string sStandard;
-    if (iPhase == 1) {
-        const std::string sFirst = sVertices.substr(0, sVertices.find(','));
-        if (sVertices.substr(sVertices.rfind(',') + 1) != sFirst) sVertices += "," + sFirst;
-        sStandard = "POLYGON((" + sVertices + "))";
-    } else {
-        sStandard = "LINESTRING(" + sVertices + ")";
-    }
+    // Standard text of the region (its ring closed) or line, with each number's shortest
+    // text that reads back the same.
+    const auto oList = oSet.CurrentList();
+    if (!m_fnParseWKT || !oList || oList->Count() == 0) return nullptr;
     std::shared_ptr<IGeometry> oGeometry;
-    Guard("tnwDecoderRecordSource.Geometry", [&] { oGeometry = m_fnParseWKT(sStandard); });
+    Guard("tnwDecoderRecordSource.Geometry", [&] {
+        std::string sText = iPhase == 1 ? "POLYGON((" : "LINESTRING(";
+        const auto AppendVertex = [&sText](const tnwFGPPoint& oVertex) {
+            char aNumber[64];
+            for (double dValue : {oVertex.Longitude(), oVertex.Latitude()}) {
+                sText.append(aNumber, std::to_chars(aNumber, std::end(aNumber), dValue).ptr);
+                sText += ' ';
+            }
+            sText.back() = ',';
+        };
+        const auto oFirst = oList->Item(1);
+        for (std::int32_t i = 1; i <= oList->Count(); ++i)
+            AppendVertex(i == 1 ? *oFirst : *oList->Item(i));
+        const auto oLast = oList->Item(oList->Count());
+        if (iPhase == 1 && (oLast->Longitude() != oFirst->Longitude() ||
+                            oLast->Latitude() != oFirst->Latitude())) {
+            AppendVertex(*oFirst);
+        }
+        sText.back() = ')';
+        if (iPhase == 1) sText += ')';
+        oGeometry = m_fnParseWKT(sText);
+    });
     return oGeometry;
 }
 

@@ -72,6 +72,9 @@ public:
     // Where the current record comes from: 1 the regions, 2 the lines, 3 the loose points; 0
     // before the first MoveFirst and 4 at the end.
     std::int16_t Phase() const { return iPhase; }
+    // The current region or line (of phases 1 and 2), for a host that wants its vertices'
+    // numbers themselves rather than WKT's 15-digit text.
+    std::shared_ptr<tnwFGPPointList> CurrentList() const { return oPointList; }
     // Starts at the first region: a boolean, or the empty value when the move failed.
     Variant MoveFirst();
     // The next record, through any empty phase or line; false at the end and before MoveFirst.
