@@ -233,7 +233,9 @@ private:
 void OpenFGP(const InputOptions& tOptions, Input& tInput) {
     const std::int16_t iPhase = PhaseOfName(tOptions.sPhase);
     // The main file is checked first, so that a damaged one is told in one sentence.
-    CreateAs<tnwFGPFile>(kProgIdFGPFile, "Missing Component")->Open(tOptions.sPath);
+    const auto oMainFile = CreateAs<tnwFGPFile>(kProgIdFGPFile, "Missing Component");
+    if (!oMainFile) throw Failure(kExitInternal, "no reader of FGP main files");
+    oMainFile->Open(tOptions.sPath);
     auto oSet = std::make_shared<tnwFGPDecoder>();
     oSet->SetAsSites(tOptions.bAsSites);
     oSet->SetEmptyMissingRows(true);

@@ -158,6 +158,7 @@ void FGPInfo(const InputOptions& tOptions, Console&) {
     Field("File:", tInput.sPath + " (" + SizeText(fs::file_size(tInput.sPath, ec)) + ")");
     Field("Kind:", "FGP set");
     const auto oFile = CreateAs<tnwFGPFile>(kProgIdFGPFile, "Missing Component");
+    if (!oFile) throw Failure(kExitInternal, "no reader of FGP main files");
     oFile->Open(tInput.sPath);
     const auto oLines = oFile->Lines();
     std::int64_t lVertices = 0;
