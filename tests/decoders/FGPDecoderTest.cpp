@@ -130,7 +130,9 @@ TEST_F(FGPDecoderTest, WalksRegionsThenLinesThenPointsThroughEmptyPhases) {
                            return KindAndLongitude(oSet);
                        }),
                   t.sTrace);
-        if (!vPercent.empty()) EXPECT_DOUBLE_EQ(vPercent.front() * vPercent.size(), t.dLastPercent);
+        if (!vPercent.empty()) {
+            EXPECT_DOUBLE_EQ(vPercent.front() * vPercent.size(), t.dLastPercent);
+        }
         EXPECT_DOUBLE_EQ(oSet.PercentComplete(), t.dLastPercent);
         EXPECT_TRUE(oSet.Eof());
         EXPECT_FALSE(oSet.MoveNext());
@@ -163,14 +165,11 @@ TEST_F(FGPDecoderTest, CursorEdgesAndTheCachedAttributeRow) {
 }
 
 TEST_F(FGPDecoderTest, SideTables) {
-    const DbfTable oAllSamples = DbfTable({{"Rate", 'N', 6, 1},
-                                           {"Rx_Rate", 'N', 6, 1},
-                                           {"Swath_Width", 'N', 6, 1},
-                                           {"P_PARAM", 'N', 6, 1},
-                                           {"V_PARAM", 'N', 6, 1},
-                                           {"NDVI", 'N', 6, 3},
-                                           {"VI_2ND", 'N', 6, 3},
-                                           {"Other", 'N', 6, 1}})
+    std::vector<test::DbfField> vSampleFields;
+    for (const char* sName :
+         {"Rate", "Rx_Rate", "Swath_Width", "P_PARAM", "V_PARAM", "NDVI", "VI_2ND", "Other"})
+        vSampleFields.push_back({sName, 'N', 6, 2});
+    const DbfTable oAllSamples = DbfTable(vSampleFields)
                                      .Row({"1", "2", "3", "4", "5", ".6", ".7", "8"})
                                      .Row({"10", "20", "30", "40", "50", ".61", ".71", "80"});
     const DbfTable oDated = DbfTable({{"Date", 'D', 8}, {"Crop", 'C', 6}})
