@@ -253,6 +253,8 @@ TEST_F(RecordSourceTest, FGPSetsByPhase) {
         oSet->SetAsSites(t.bAsSites);
         oSet->SetFilename(sPath);
         tnwDecoderRecordSource oSource(oSet, Parse, t.iPhase);
+        const auto oProgress = std::make_shared<Recorder>();
+        oSource.SetCallback(oProgress);
         EXPECT_EQ(oSource.GeometryType(), t.eType);
         EXPECT_EQ(oSource.RecordCount(), static_cast<std::int32_t>(t.vWKT.size()));
         std::vector<std::string> vWKT;
@@ -262,6 +264,7 @@ TEST_F(RecordSourceTest, FGPSetsByPhase) {
         }
         EXPECT_EQ(vWKT, t.vWKT);
         EXPECT_EQ(oSource.RowsSkipped(), 0);
+        EXPECT_EQ(oProgress->vValues.back(), 100.0);
     }
     // Without a parser regions and lines have no geometry; an empty set has no kind.
     auto oSet = std::make_shared<tnwFGPDecoder>();
