@@ -9,7 +9,7 @@
 #include "gislib/FileUtility.h"
 #include "gislib/GISFactory.h"
 #include "log/ErrorReports.h"
-#include "text/StringBuilder.h"
+#include "tnwlib/StringBuilder.h"
 #include "tnwlib/tnwlib.h"
 #include "uom/UnitLookup.h"
 
@@ -24,10 +24,9 @@ void RegisterStandIns() {
     tnwObjectFactory::Register(kProgIdFileUtility, [] { return oFileUtility; });
     tnwObjectFactory::Register(kProgIdErrorHandler,
                                [] { return std::make_shared<ErrorHandler>(); });
-    tnwObjectFactory::Register(kProgIdStringBuilder,
-                               [] { return std::make_shared<StringBuilder>(); });
     tnwObjectFactory::Register(kProgIdFGPFile, [] { return std::make_shared<FGPFile>(); });
     RegisterUnitLookup();
+    RegisterStringBuilder();
     RegisterArcAngle(&TNWL_ArcAngle);
 }
 

@@ -4,8 +4,8 @@
 namespace tnw::standins {
 
 // Registers "tnwGIS.tnwGISFactory", "tnwGIS.tnwColumns", "tnwGIS.tnwPointList",
-// "tnwGIS.tnwFileUtility", "tnwUOMEngine.tnwUOMFactory", "tnwLog.tnwHandler" and
-// TNWL_ArcAngle. Safe to call more than once.
+// "tnwGIS.tnwFileUtility", "tnwUOMEngine.tnwUOMFactory", "tnwLog.tnwHandler",
+// "tnwlib.tnwStringBuilder" and TNWL_ArcAngle. Safe to call more than once.
 void RegisterStandIns();
 
 }  // namespace tnw::standins

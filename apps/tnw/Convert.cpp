@@ -28,6 +28,7 @@ void CheckOptionsFit(const OutputOptions& t, const FileKind& tOut) {
         {t.bNoHeader, "--no-header", kTextOptions},
         {t.bGeometryText.has_value(), "--geometry-text", kTextOptions},
         {t.bLonLat.has_value(), "--lonlat", kTextOptions},
+        {!t.sRate.empty(), "--rate", kPlanOptions},
     };
     for (const auto& tOption : kOptions) {
         if (!tOption.bGiven || (tOut.fOutputOptions & tOption.eGroup)) continue;

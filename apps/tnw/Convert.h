@@ -26,6 +26,8 @@ struct OutputOptions {
     bool bNoHeader = false;
     std::optional<bool> bGeometryText;  // unset: on when the input's geometry is WKT
     std::optional<bool> bLonLat;        // unset: on when the input's geometry is a lon/lat pair
+    // Plan-grid files.
+    std::string sRate;  // the column of the application rate
 };
 
 ExitCode Convert(InputOptions tInput, OutputOptions tOutput, Console& oConsole);

@@ -26,12 +26,15 @@ std::string Lower(std::string_view s) {
 constexpr std::string_view kTextNames[] = {"csv", "txt", "tsv", "text"};
 constexpr std::string_view kTableNames[] = {"dbf"};
 constexpr std::string_view kShapeNames[] = {"shp"};
+constexpr std::string_view kPlanNames[] = {"fpd"};
 constexpr std::string_view kFGPNames[] = {"fgp"};
 
 const FileKind kKinds[] = {
     {"delimited text", kTextNames, OpenText, NewTextWriter, TextInfo, kTextOptions, true},
     {"dBase table", kTableNames, OpenTable, NewTableWriter, TableInfo, 0, false},
-    {"shapefile set", kShapeNames, nullptr, NewShapeSetWriter, ShapesInfo, kShapeOptions, false},
+    {"shapefile set", kShapeNames, OpenShapeSet, NewShapeSetWriter, ShapesInfo, kShapeOptions,
+     false},
+    {"plan-grid file", kPlanNames, nullptr, NewPlanWriter, PlanInfo, kPlanOptions, false},
     {"FGP set", kFGPNames, OpenFGP, NewFGPSetWriter, FGPInfo, 0, false},
 };
 

@@ -20,6 +20,7 @@ struct InputOptions;
 enum OutputOptionGroup : unsigned {
     kShapeOptions = 1U << 0,  // --geometry, --x-offset, --y-offset, --centroids, --projection
     kTextOptions = 1U << 1,   // --no-header, --geometry-text, --lonlat
+    kPlanOptions = 1U << 2,   // --rate
 };
 
 struct FileKind {

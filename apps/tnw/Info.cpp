@@ -2,12 +2,14 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "core/Error.h"
 #include "core/FGPFile.h"
 #include "decoders/tnwShapeDecoder.h"
+#include "platform/File.h"
 
 namespace tnw::cli {
 
@@ -117,6 +119,30 @@ void TableInfo(const InputOptions& tOptions, Console&) {
     Field("Records:", std::to_string(TableRecords(oTable)));
     Field("Schema:", oTable->Schema());
     PrintSchema(oTable->Schema());
+}
+
+void PlanInfo(const InputOptions& tOptions, Console&) {
+    const std::string& sPath = tOptions.sPath;
+    platform::InputFile oFile;
+    oFile.Open(sPath);
+    std::map<std::string, std::string> mHeader;
+    std::string sLine;
+    std::size_t nConsumed = 0;
+    while (oFile.ReadLine(sLine, platform::LineEnds::Any, nConsumed) && sLine != "[DATA]") {
+        const std::size_t nEquals = sLine.find('=');
+        if (nEquals != std::string::npos)
+            mHeader[sLine.substr(0, nEquals)] = sLine.substr(nEquals + 1);
+    }
+    if (mHeader["FileType"] != "PlanGridData")
+        throw Failure(kExitInput, sPath + " is not a plan-grid file");
+    std::error_code ec;
+    Field("File:", sPath + " (" + SizeText(fs::file_size(sPath, ec)) + ")");
+    Field("Kind:", "plan-grid file, version " + mHeader["Version"]);
+    Field("Polygons:", mHeader["NumberOfPolygons"]);
+    Field("Points:", mHeader["NumberOfPoints"]);
+    Field("Rates:", mHeader["RateMin"] + " to " + mHeader["RateMax"] + " " + mHeader["UnitText"]);
+    Field("Corner:", "longitude " + mHeader["GpsLongitudeMin"] + ", latitude " +
+                         mHeader["GpsLatitudeMin"] + " (degrees. minutes)");
 }
 
 void TextInfo(const InputOptions& tOptions, Console&) {

@@ -14,5 +14,7 @@ void TextInfo(const InputOptions& tOptions, Console& oConsole);
 void TableInfo(const InputOptions& tOptions, Console& oConsole);
 void ShapesInfo(const InputOptions& tOptions, Console& oConsole);
 void FGPInfo(const InputOptions& tOptions, Console& oConsole);
+// The totals of a plan-grid file's header.
+void PlanInfo(const InputOptions& tOptions, Console& oConsole);
 
 }  // namespace tnw::cli

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "ExitCodes.h"
+#include "ShapeFile.h"
 #include "core/Error.h"
 #include "ogc_sf/WKT.h"
 #include "platform/File.h"
@@ -121,6 +122,7 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
 
 void OpenTable(const InputOptions& tOptions, Input& tInput) {
     auto oDecoder = std::make_shared<tnwDBFDecoder>();
+    oDecoder->SetEveryFieldSets(true);
     oDecoder->SetFilename(tOptions.sPath);
     if (!oDecoder->IsValidFile()) {
         throw Failure(kExitInput, "can't read " + tOptions.sPath + " as a dBase table");
@@ -128,6 +130,43 @@ void OpenTable(const InputOptions& tOptions, Input& tInput) {
     SetGeometryFields(tOptions, oDecoder->Columns()->Count(), *oDecoder);
     tInput.eFormat = oDecoder->GeometryFormat();
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
+}
+
+void OpenShapeSet(const InputOptions& tOptions, Input& tInput) {
+    if (tOptions.lLonCol > 0 || tOptions.lLatCol > 0 || tOptions.lWKTCol > 0) {
+        throw Failure(kExitUsage,
+                      "a shapefile set carries its own geometry; --lon-col, "
+                      "--lat-col and --wkt-col apply to text and dBase input");
+    }
+    auto oShapes = std::make_shared<ShapeGeometryReader>(tOptions.sPath);
+    std::string sTable;
+    for (const char* sExtension : {".dbf", ".DBF"}) {
+        const std::string sCandidate =
+            std::filesystem::path(tOptions.sPath).replace_extension(sExtension).string();
+        std::error_code ec;
+        if (std::filesystem::is_regular_file(sCandidate, ec)) sTable = sCandidate;
+    }
+    if (sTable.empty()) {
+        throw Failure(kExitInput, "there is no .dbf beside " + tOptions.sPath +
+                                      " to read the records' values from");
+    }
+    auto oTable = std::make_shared<tnwDBFDecoder>();
+    oTable->SetEveryFieldSets(true);
+    oTable->SetFilename(sTable);
+    if (!oTable->IsValidFile()) throw Failure(kExitInput, "can't read " + sTable);
+    tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oTable);
+    const std::int64_t lRows = tInput.oSource->RecordCount();
+    if (lRows != oShapes->RecordCount()) {
+        throw Failure(kExitInput, tOptions.sPath + " holds " +
+                                      CountText(oShapes->RecordCount(), "record") + " and " +
+                                      sTable + " " + CountText(lRows, "row") +
+                                      "; a set's files must match");
+    }
+    tInput.oSource->SetGeometryType(oShapes->GeometryType());
+    // Points go to text as longitude and latitude, other shapes as well-known text.
+    tInput.eFormat = oShapes->GeometryType() == tnwGeometryPoint ? TNW_GeometryFormat_LonLat
+                                                                 : TNW_GeometryFormat_WKT;
+    tInput.oSource->SetRowGeometry([oShapes](std::int64_t lRow) { return oShapes->Record(lRow); });
 }
 
 void RequireFile(const std::string& sPath) {

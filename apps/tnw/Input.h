@@ -41,6 +41,9 @@ Input OpenInput(const InputOptions& tOptions);
 // ends a line. The column that holds the well-known text is hidden: the geometry carries it.
 void OpenText(const InputOptions& tOptions, Input& tInput);
 void OpenTable(const InputOptions& tOptions, Input& tInput);
+// A .shp with the values of its records from the .dbf beside it, each record's geometry as
+// stored (see ShapeGeometryReader).
+void OpenShapeSet(const InputOptions& tOptions, Input& tInput);
 
 // One delimiter character from what the user typed: a single character, or "tab", "\t",
 // "comma", "semicolon", "pipe", "space". Failure kExitUsage otherwise.

@@ -76,41 +76,7 @@ void AddParts(const IGeometry& oGeometry, Shape& tShape) {
     }
 }
 
-// A .shp with the attributes from the .dbf beside it.
-void ReadShapes(const InputOptions& tInput, const std::string& sColumn, Console& oConsole,
-                MapData& tMap) {
-    RequireFile(tInput.sPath);
-    ShapeFileReader oReader(tInput.sPath);
-    std::shared_ptr<tnwDBFDecoder> oTable;
-    std::shared_ptr<tnwColumn> oColumn;
-    if (!sColumn.empty()) {
-        fs::path oTablePath = fs::path(tInput.sPath).replace_extension(".dbf");
-        std::error_code ec;
-        if (!fs::is_regular_file(oTablePath, ec)) oTablePath.replace_extension(".DBF");
-        if (!fs::is_regular_file(oTablePath, ec)) {
-            throw Failure(kExitInput,
-                          "there is no .dbf beside " + tInput.sPath + " to take --color-by from");
-        }
-        oTable = std::make_shared<tnwDBFDecoder>();
-        oTable->SetFilename(oTablePath.string());
-        oColumn = FindColumn(oTable->Columns(), sColumn, oTablePath.string());
-        tMap.sColumn = oColumn->Key();
-        oTable->MoveFirst();
-    }
-    const auto oBar = oConsole.Progress("reading");
-    oBar->SetBarRange(0, 0.0, 100.0);
-    Shape tShape;
-    while (oReader.Next(tShape)) {
-        tMap.vShapes.push_back(std::move(tShape));
-        if (oTable) {
-            tMap.vValues.push_back(!oTable->Eof() ? ValueOf(*oColumn) : MapValue{});
-            oTable->MoveNext();
-        }
-        if (tMap.vShapes.size() % 1000 == 0) oBar->SetBarValue(0, oReader.PercentRead());
-    }
-}
-
-// Delimited text or a dBase table with a geometry.
+// Any input that opens as a record source with a geometry.
 void ReadRecords(const InputOptions& tOptions, const std::string& sColumn, Console& oConsole,
                  MapData& tMap) {
     Input tInput = OpenInput(tOptions);
@@ -142,16 +108,10 @@ ExitCode Preview(const InputOptions& tInput, const PreviewOptions& tOptions, Con
     if (LowerExtension(tOptions.sPath) != "svg") {
         throw Failure(kExitKind, "a preview is an SVG drawing: name the output .svg");
     }
-    const FileKind& tKind = ResolveKind(tInput.sPath, tInput.sFrom);
     MapData tMap;
     tMap.sTitle = fs::path(tInput.sPath).filename().string();
     try {
-        // A shapefile set is drawn from its own records until it opens as a record source.
-        if (tKind.fnOpen) {
-            ReadRecords(tInput, tOptions.sColumn, oConsole, tMap);
-        } else {
-            ReadShapes(tInput, tOptions.sColumn, oConsole, tMap);
-        }
+        ReadRecords(tInput, tOptions.sColumn, oConsole, tMap);
     } catch (const Error& oError) {
         throw Failure(kExitInput, "can't read " + tInput.sPath + ": " + oError.sDescription);
     }

@@ -3,7 +3,9 @@
 #include <cstring>
 
 #include "ExitCodes.h"
+#include "core/Enums.h"
 #include "core/Error.h"
+#include "ogc_sf/Geometries.h"
 #include "platform/ByteOrder.h"
 
 namespace tnw::cli {
@@ -153,6 +155,148 @@ void ShapeFileReader::Parse(std::int32_t lRecord, Shape& tShape) const {
             return;
         }
     }
+}
+
+}  // namespace tnw::cli
+
+namespace tnw::cli {
+
+namespace {
+
+using standins::Coordinate;
+
+std::vector<Coordinate> Coordinates(const std::vector<XY>& vPart) {
+    std::vector<Coordinate> vCoordinates;
+    vCoordinates.reserve(vPart.size());
+    for (const XY& t : vPart)
+        vCoordinates.push_back({t.dX, t.dY});
+    return vCoordinates;
+}
+
+// Twice the signed area: negative for a clockwise ring.
+double SignedArea2(const std::vector<XY>& vRing) {
+    double dSum = 0.0;
+    for (std::size_t i = 0; i + 1 < vRing.size(); ++i)
+        dSum += vRing[i].dX * vRing[i + 1].dY - vRing[i + 1].dX * vRing[i].dY;
+    return dSum;
+}
+
+bool Holds(const std::vector<XY>& vRing, const XY& tPoint) {
+    bool bInside = false;
+    for (std::size_t i = 0, j = vRing.size() - 1; i < vRing.size(); j = i++) {
+        const XY& a = vRing[i];
+        const XY& b = vRing[j];
+        if ((a.dY > tPoint.dY) != (b.dY > tPoint.dY) &&
+            tPoint.dX < (b.dX - a.dX) * (tPoint.dY - a.dY) / (b.dY - a.dY) + a.dX) {
+            bInside = !bInside;
+        }
+    }
+    return bInside;
+}
+
+std::shared_ptr<IGeometry> PolygonsOf(const std::vector<std::vector<XY>>& vRings) {
+    // Outer rings in the order of the record, each with the holes given to it.
+    std::vector<std::vector<std::size_t>> vPolygons;
+    std::vector<std::size_t> vHoles;
+    for (std::size_t i = 0; i < vRings.size(); ++i) {
+        if (vRings.size() == 1 || SignedArea2(vRings[i]) < 0.0) {
+            vPolygons.push_back({i});
+        } else {
+            vHoles.push_back(i);
+        }
+    }
+    for (std::size_t nHole : vHoles) {
+        std::size_t nBest = vPolygons.size();
+        double dBestArea = 0.0;
+        for (std::size_t n = 0; n < vPolygons.size(); ++n) {
+            const auto& vOuter = vRings[vPolygons[n][0]];
+            const double dArea = -SignedArea2(vOuter);
+            if (!vRings[nHole].empty() && Holds(vOuter, vRings[nHole][0]) &&
+                (nBest == vPolygons.size() || dArea < dBestArea)) {
+                nBest = n;
+                dBestArea = dArea;
+            }
+        }
+        if (nBest == vPolygons.size()) {
+            vPolygons.push_back({nHole});
+        } else {
+            vPolygons[nBest].push_back(nHole);
+        }
+    }
+    std::vector<std::shared_ptr<IPolygon>> vMembers;
+    for (const auto& vPolygon : vPolygons) {
+        std::vector<std::vector<Coordinate>> vPolygonRings;
+        for (std::size_t nRing : vPolygon)
+            vPolygonRings.push_back(Coordinates(vRings[nRing]));
+        vMembers.push_back(std::make_shared<standins::Polygon>(vPolygonRings));
+    }
+    if (vMembers.size() == 1) return vMembers[0];
+    return std::make_shared<standins::MultiPolygon>(std::move(vMembers));
+}
+
+}  // namespace
+
+std::shared_ptr<IGeometry> GeometryOf(const Shape& tShape, std::int32_t lShapeType) {
+    if (tShape.vParts.empty()) return nullptr;
+    switch (tShape.eKind) {
+        case Shape::Kind::Point: {
+            if (lShapeType % 10 != 8) {
+                const XY& t = tShape.vParts[0][0];
+                return standins::Point::Create(t.dX, t.dY);
+            }
+            std::vector<std::shared_ptr<IPoint>> vPoints;
+            for (const auto& vPart : tShape.vParts)
+                vPoints.push_back(standins::Point::Create(vPart[0].dX, vPart[0].dY));
+            return std::make_shared<standins::MultiPoint>(std::move(vPoints));
+        }
+        case Shape::Kind::Line: {
+            std::vector<std::shared_ptr<ILineString>> vLines;
+            for (const auto& vPart : tShape.vParts)
+                vLines.push_back(std::make_shared<standins::LineString>(Coordinates(vPart)));
+            if (vLines.size() == 1) return vLines[0];
+            return std::make_shared<standins::MultiLineString>(std::move(vLines));
+        }
+        case Shape::Kind::Polygon:
+            return PolygonsOf(tShape.vParts);
+        default:
+            return nullptr;
+    }
+}
+
+ShapeGeometryReader::ShapeGeometryReader(std::string sPath)
+    : m_sPath(std::move(sPath)), m_pReader(std::make_unique<ShapeFileReader>(m_sPath)) {
+    Shape tShape;
+    while (m_pReader->Next(tShape))
+        ++m_lCount;
+    m_pReader = std::make_unique<ShapeFileReader>(m_sPath);
+}
+
+std::int32_t ShapeGeometryReader::GeometryType() const {
+    switch (m_pReader->ShapeType() % 10) {
+        case 1:
+            return tnwGeometryPoint;
+        case 3:
+            return tnwGeometryLine;
+        case 5:
+            return tnwGeometryRegion;
+        case 8:
+            return tnwGeometryMultiPoint;
+        default:
+            return 0;
+    }
+}
+
+std::shared_ptr<IGeometry> ShapeGeometryReader::Record(std::int64_t lRecord) {
+    if (lRecord <= m_lRead) {
+        m_pReader = std::make_unique<ShapeFileReader>(m_sPath);
+        m_lRead = 0;
+    }
+    Shape tShape;
+    while (m_lRead < lRecord) {
+        if (!m_pReader->Next(tShape)) return nullptr;
+        ++m_lRead;
+    }
+    return GeometryOf(tShape, m_pReader->ShapeType());
 }
 
 }  // namespace tnw::cli

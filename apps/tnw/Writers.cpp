@@ -7,7 +7,9 @@
 #include "Input.h"
 #include "core/Error.h"
 #include "encoders/tnwASCIIEncoder.h"
+#include "encoders/tnwFSEncoder.h"
 #include "gislib/Projection.h"
+#include "platform/File.h"
 #include "shapefile/tnwShapeEncoder.h"
 
 namespace tnw::cli {
@@ -185,6 +187,125 @@ private:
     tnwShapeEncoder m_oEncoder;
 };
 
+// A plan-grid file: every polygon record with the rate of the --rate column. The encoder reads
+// the rate from a column list of its own, holding the value as a number, so that a text column
+// of numbers (delimited text without units gives one) serves as well as a numeric one. A plan
+// that is not finished by Close is removed: its header would claim records it lacks.
+class PlanWriter final : public RecordWriter {
+public:
+    ~PlanWriter() override {
+        if (m_bFinished || m_oEncoder.Filename().empty()) return;
+        m_oEncoder.CloseFiles();
+        std::error_code ec;
+        fs::remove(m_oEncoder.Filename(), ec);
+    }
+
+    void Open(const OutputOptions& t, Input& tInput, Console& oConsole) override {
+        m_pConsole = &oConsole;
+        m_sInput = tInput.sPath;
+        if (t.sRate.empty()) {
+            throw Failure(kExitUsage,
+                          "a plan-grid file needs --rate COLUMN, the column of the rates");
+        }
+        const auto oColumns = tInput.oSource->Columns();
+        m_oRateSource = oColumns->Item(t.sRate);
+        if (!m_oRateSource) {
+            std::string sKeys;
+            for (const auto& oColumn : oColumns->Items())
+                sKeys += (sKeys.empty() ? "" : ", ") + oColumn->Key();
+            throw Failure(kExitUsage, "--rate " + t.sRate + ": " + tInput.sPath +
+                                          " has no such column (it has " +
+                                          (sKeys.empty() ? std::string("none") : sKeys) + ")");
+        }
+        if ((m_oRateSource->Flags() & tnwFlagNumeric) == 0 && m_oRateSource->Type() != vtString) {
+            throw Failure(kExitUsage, "--rate " + t.sRate + ": the column " + m_oRateSource->Key() +
+                                          " does not hold numbers");
+        }
+        auto oRateColumns = CreateAs<tnwColumns>(kProgIdColumns, "Missing Component");
+        m_oRate = oRateColumns->Add(m_oRateSource->Key(), "", "", vtDouble, 16, 2, tnwFlagNumeric,
+                                    1, m_oRateSource->Unit(), "", true, true);
+        m_oEncoder.SetSignedZeroDegrees(true);
+        if (!m_oEncoder.Initialize(t.sPath, oRateColumns, m_oRate->Key())) {
+            throw Failure(kExitOutput, "can't create " + t.sPath);
+        }
+    }
+
+    // Records that are not polygons are refused: the plan holds polygons only, and its rate
+    // limits then tell the rates of what it holds.
+    bool Write(const std::shared_ptr<IGeometry>& oGeometry) override {
+        std::int64_t lHoles = 0;
+        if (auto oMulti = std::dynamic_pointer_cast<IMultiPolygon>(oGeometry)) {
+            for (std::int32_t i = 0; i < oMulti->NumGeometries(); ++i) {
+                const auto oPart = std::dynamic_pointer_cast<IPolygon>(oMulti->Geometry(i));
+                lHoles += oPart ? oPart->NumInteriorRings() : 0;
+            }
+        } else if (auto oPolygon = std::dynamic_pointer_cast<IPolygon>(oGeometry)) {
+            lHoles = oPolygon->NumInteriorRings();
+        } else {
+            return false;
+        }
+        m_oRate->SetValue(RateOf(m_oRateSource->Value()));
+        m_oEncoder.SetGeometry(oGeometry);
+        if (!m_oEncoder.Update()) return false;
+        m_lHoles += lHoles;
+        ++m_lRecords;
+        return true;
+    }
+
+    void Close(std::int64_t) override {
+        m_oEncoder.CloseFiles();
+        std::error_code ec;
+        const std::string sEnd = "[END]\r\n";
+        const std::uintmax_t nSize = fs::file_size(m_oEncoder.Filename(), ec);
+        std::string sTail(sEnd.size(), '\0');
+        if (!ec && nSize >= sEnd.size()) {
+            platform::InputFile oFile;
+            oFile.Open(m_oEncoder.Filename());
+            oFile.Seek(static_cast<std::int64_t>(nSize - sEnd.size()));
+            oFile.Read(sTail.data(), sTail.size());
+        }
+        if (sTail != sEnd) {
+            throw Failure(kExitOutput,
+                          "the output " + m_oEncoder.Filename() + " could not be finished");
+        }
+        m_bFinished = true;
+        if (m_lHoles > 0) {
+            m_pConsole->Warn(CountText(m_lHoles, "hole") + " of the polygons of " + m_sInput +
+                             " left out: a plan-grid file holds outer rings only");
+        }
+    }
+    std::vector<fs::path> Files() const override { return {fs::path(m_oEncoder.Filename())}; }
+    std::vector<fs::path> Targets(const std::string& sOutput) const override {
+        return {fs::path(sOutput)};
+    }
+    std::string Detail() const override { return ", " + CountText(m_lRecords, "polygon record"); }
+
+private:
+    // The rate as a number: numbers as they are, text that reads as a number as that number,
+    // blank text as no value (the encoder's rate 0). Other text stops the conversion.
+    Variant RateOf(const Variant& vValue) const {
+        const std::string* pText = vValue.AsString();
+        if (!pText) return vValue;
+        const std::size_t nFirst = pText->find_first_not_of(" \t");
+        if (nFirst == std::string::npos) return Variant();
+        try {
+            return Variant(vValue.ToDouble());
+        } catch (const Error&) {
+            throw Failure(kExitUsage, "--rate " + m_oRate->Key() + ": \"" + *pText + "\" in " +
+                                          m_sInput + " is not a number");
+        }
+    }
+
+    tnwFSEncoder m_oEncoder;
+    std::shared_ptr<tnwColumn> m_oRateSource;  // the input's column
+    std::shared_ptr<tnwColumn> m_oRate;        // the encoder's
+    Console* m_pConsole = nullptr;
+    std::string m_sInput;
+    std::int64_t m_lRecords = 0;
+    std::int64_t m_lHoles = 0;
+    bool m_bFinished = false;
+};
+
 }  // namespace
 
 std::unique_ptr<RecordWriter> NewTextWriter() {
@@ -195,6 +316,9 @@ std::unique_ptr<RecordWriter> NewTableWriter() {
 }
 std::unique_ptr<RecordWriter> NewShapeSetWriter() {
     return std::make_unique<ShapeSetWriter>(false);
+}
+std::unique_ptr<RecordWriter> NewPlanWriter() {
+    return std::make_unique<PlanWriter>();
 }
 
 }  // namespace tnw::cli

@@ -41,5 +41,6 @@ public:
 std::unique_ptr<RecordWriter> NewTextWriter();
 std::unique_ptr<RecordWriter> NewTableWriter();
 std::unique_ptr<RecordWriter> NewShapeSetWriter();
+std::unique_ptr<RecordWriter> NewPlanWriter();
 
 }  // namespace tnw::cli

@@ -1,5 +1,5 @@
-// tnw: convert field data between delimited text, dBase tables and shapefile sets, tell what a
-// file holds, and draw a map of it.
+// tnw: convert field data between delimited text, dBase tables and shapefile sets, write
+// application plans as plan-grid files, tell what a file holds, and draw a map of it.
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
@@ -21,8 +21,9 @@ constexpr const char* kGlobalOptions =
 
 constexpr const char* kDescription =
     "tnw moves precision-agriculture field data between delimited text (.csv .txt .tsv), "
-    "dBase tables (.dbf), shapefile sets (.shp) and FGP sets (.fgp), tells what a file holds, "
-    "and draws a map of it. File kinds follow the extension, case-insensitive.";
+    "dBase tables (.dbf), shapefile sets (.shp) and FGP sets (.fgp), writes application plans "
+    "as plan-grid files (.fpd), tells what a file holds, and draws a map of it. File kinds "
+    "follow the extension, case-insensitive.";
 
 void AddInputOptions(CLI::App& oCommand, InputOptions& tInput, bool bDelimiter) {
     const char* sGroup = "Input";
@@ -92,8 +93,8 @@ int main(int argc, char** argv) {
     OutputOptions tOut;
     CLI::App* pConvert = oApp.add_subcommand(
         "convert",
-        "Convert a file: text or dBase records to a shapefile set, a dBase table or "
-        "delimited text");
+        "Convert a file: text, dBase or shapefile records to a shapefile set, a dBase table, "
+        "delimited text or a plan-grid file");
     pConvert->footer(
         std::string("Examples:\n"
                     "  tnw convert yield.csv yield.shp\n"
@@ -101,6 +102,7 @@ int main(int argc, char** argv) {
                     "  tnw convert table.dbf table.csv\n"
                     "  tnw convert yield.csv table.dbf\n"
                     "  tnw convert yield.csv copy.txt --delimiter ';'\n"
+                    "  tnw convert zones.shp plan.fpd --rate RATE\n"
                     "  tnw convert spray.fgp passes.shp --phase lines\n"
                     "  tnw convert spray.fgp sites.csv --as-sites\n"
                     "  tnw convert points.csv set.fgp\n\n") +
@@ -120,7 +122,7 @@ int main(int argc, char** argv) {
     pConvert
         ->add_option("--to", tOut.sTo,
                      "Kind of the output, whatever its extension: csv, txt, "
-                     "tsv, dbf, shp or fgp")
+                     "tsv, dbf, shp, fpd or fgp")
         ->group("Output");
     pConvert
         ->add_option("--delimiter", tOut.sDelimiter,
@@ -163,6 +165,12 @@ int main(int argc, char** argv) {
                        "Start each line with the point's longitude and latitude (default: on "
                        "when the input's geometry is a longitude/latitude pair)")
             ->group(sText);
+
+    pConvert
+        ->add_option("--rate", tOut.sRate,
+                     "Column of the application rate; its numbers go to the plan rounded to "
+                     "2 decimals")
+        ->group("Plan-grid output");
 
     // info
     InputOptions tInfoIn;

@@ -255,6 +255,12 @@ std::shared_ptr<IGeometry> tnwDecoderRecordSource::Geometry() const {
     if (!m_bOnRecord) return nullptr;
     if (m_bGeometryMade) return m_oGeometry;
     m_bGeometryMade = true;
+    if (m_fnRowGeometry) {
+        // Rows are passed over in text only, so a table's row is the count of records read.
+        Guard("tnwDecoderRecordSource.Geometry",
+              [&] { m_oGeometry = m_fnRowGeometry(m_lRecordsRead + m_lRowsSkipped); });
+        return m_oGeometry;
+    }
     if (auto* pSet = std::get_if<std::shared_ptr<tnwFGPDecoder>>(&m_oDecoder)) {
         m_oGeometry = FGPGeometry(**pSet);
         return m_oGeometry;

@@ -73,6 +73,13 @@ public:
     std::shared_ptr<IGeometry> Geometry() const override;
     std::shared_ptr<tnwColumns> Columns() const override;
 
+    // Geometry kept beside a table, as a shapefile set keeps it beside its .dbf: given the
+    // 1-based row, the geometry there, or nothing. Once set it takes the place of the decoder's
+    // geometry format; a failure it raises is reported on the error path under
+    // "tnwDecoderRecordSource.Geometry" and gives nothing.
+    using RowGeometry = std::function<std::shared_ptr<IGeometry>(std::int64_t lRow)>;
+    void SetRowGeometry(RowGeometry fnRowGeometry) { m_fnRowGeometry = std::move(fnRowGeometry); }
+
     // Progress receiver, bar 0 from 0 to 100: opened by MoveFirst, moved as each whole percent
     // of the file is passed (text: the decoder's PercentComplete; table: records read of the
     // record count), set to 100 at the end.
@@ -107,6 +114,7 @@ private:
 
     Decoder m_oDecoder;
     WKTParser m_fnParseWKT;
+    RowGeometry m_fnRowGeometry;
     std::shared_ptr<tnwGISFactory> m_oFactory;
     std::shared_ptr<tnwGISCallback> m_oCallback;
     std::int32_t m_eGeometryType = 0;

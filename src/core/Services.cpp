@@ -10,12 +10,6 @@ namespace {
 std::atomic<ArcAngleFunction> g_fnArcAngle{nullptr};
 }
 
-std::shared_ptr<tnwStringBuilder> NewStringBuilder() {
-    auto oBuilder = CreateAs<tnwStringBuilder>(kProgIdStringBuilder, "Missing Component");
-    if (!oBuilder) Raise(errObjectNotSet, "tnwStringBuilder");
-    return oBuilder;
-}
-
 void RegisterArcAngle(ArcAngleFunction fnArcAngle) {
     g_fnArcAngle = fnArcAngle;
 }

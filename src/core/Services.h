@@ -1,9 +1,8 @@
 // Outside services the library calls by program id or by function: the unit lookup, the
-// error handler, the text builder, and the flat helper library's arc angle.
+// error handler, and the flat helper library's arc angle.
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -26,24 +25,6 @@ public:
                               const std::string& sErrSource, const std::string& sDescription,
                               const std::string& sMoreInfo) = 0;
 };
-
-// A text builder, made new for each text from "tnwStringBuilder.tnwStringBuilder". Appending
-// takes amortised constant time.
-class tnwStringBuilder : public virtual IComponent {
-public:
-    // Adds sText to the end, behind the separator when one is set.
-    virtual void Append(std::string_view sText) = 0;
-    // Adds sText, behind the separator when one is set, and ends the line with CR LF.
-    virtual void AppendLine(std::string_view sText) = 0;
-    // What goes in front of each further Append or AppendLine; empty means nothing.
-    virtual void SetSeparator(std::string_view sSeparator) = 0;
-    virtual const std::string& Text() const = 0;
-};
-
-inline constexpr std::string_view kProgIdStringBuilder = "tnwStringBuilder.tnwStringBuilder";
-
-// A new text builder; error 429 when none is registered.
-std::shared_ptr<tnwStringBuilder> NewStringBuilder();
 
 // TNWL_ArcAngle of the flat helper library: the arc angle of the direction from (dX1, dY1) to
 // (dX2, dY2), growing counter-clockwise. The library reaches it through this registration, as

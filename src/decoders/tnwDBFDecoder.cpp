@@ -272,12 +272,21 @@ bool tnwDBFDecoder::MoveNext() {
 
 void tnwDBFDecoder::SetValue(const Field& tField, std::string_view sText) {
     tnwColumn& oColumn = *tField.oColumn;
+    if (m_bEveryFieldSets && sText.empty() && tField.lType != vtString) {
+        oColumn.SetValue(Variant());
+        return;
+    }
     switch (tField.lType) {
         case vtBoolean:
             // Only a true text assigns: anything else leaves the value of the record before.
             if (sText == "-1" || (sText.size() == 1 && (sText[0] == 't' || sText[0] == 'T' ||
                                                         sText[0] == 'y' || sText[0] == 'Y'))) {
                 oColumn.SetValue(true);
+            } else if (m_bEveryFieldSets) {
+                const bool bFalse =
+                    sText == "0" || (sText.size() == 1 && (sText[0] == 'f' || sText[0] == 'F' ||
+                                                           sText[0] == 'n' || sText[0] == 'N'));
+                oColumn.SetValue(bFalse ? Variant(false) : Variant());
             }
             break;
         case vtString:
@@ -291,6 +300,8 @@ void tnwDBFDecoder::SetValue(const Field& tField, std::string_view sText) {
                                             DatePart(Piece(sText, 6, 2))));
             } else if (auto tDate = ParseDateText(platform::FromNarrow(sText))) {
                 oColumn.SetValue(*tDate);
+            } else if (m_bEveryFieldSets) {
+                oColumn.SetValue(Variant());
             }
             break;
         default:

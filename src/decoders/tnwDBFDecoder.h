@@ -50,6 +50,14 @@ public:
     Variant MoveFirst();
     // Reads the next record; false past the last one. Read errors pass to the caller.
     bool MoveNext();
+    // Off by default: a logical field assigns only a true text, and a blank or unreadable date
+    // assigns nothing, so the value of the record before stays; a blank number reads as 0. On,
+    // every field sets its column at every record: a logical field true or false ("F", "f",
+    // "N", "n", "0" are false), and a blank number, a blank or unreadable date and any other
+    // logical text the empty value.
+    bool EveryFieldSets() const { return m_bEveryFieldSets; }
+    void SetEveryFieldSets(bool bEvery) { m_bEveryFieldSets = bEvery; }
+
     // "KEY~C~20~0~|RATE~N~10~3~": key, type letter, width and decimals of each field.
     const std::string& Schema() const { return m_sSchema; }
     // The 1-based number of the first record whose value in column sColumn equals sValue,
@@ -83,6 +91,7 @@ private:
     std::shared_ptr<tnwColumns> m_oColumns;
     std::string m_sFilename;
     bool m_bValidFile = false;
+    bool m_bEveryFieldSets = false;
     TNW_Encoders_GeometryFormats m_eGeometryFormat = TNW_GeometryFormat_None;
     std::int32_t m_lLonCol = 0;
     std::int32_t m_lLatCol = 0;

@@ -9,7 +9,7 @@
 #include "core/Error.h"
 #include "core/NumberText.h"
 #include "core/SerialDate.h"
-#include "core/Services.h"
+#include "core/StringBuilder.h"
 #include "support/mLog.h"
 
 namespace tnw {
@@ -416,7 +416,8 @@ std::string tnwFGPDecoder::ConvertList(const char* sSource, const char* sOpening
     std::string sResult;
     Guard(sSource, [&] {
         if (!oList) Raise(errObjectNotSet, "tnwFGPDecoder");
-        const auto oBuilder = NewStringBuilder();
+        const auto oBuilder = CreateAs<tnwStringBuilder>(kProgIdStringBuilder, "Missing Component");
+        if (!oBuilder) Raise(errObjectNotSet, "tnwFGPDecoder");
         oBuilder->Append(sOpening);
         std::string sVertex;
         for (std::int32_t lIndex = 1; lIndex <= oList->Count(); ++lIndex) {

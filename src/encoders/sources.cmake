@@ -1,3 +1,4 @@
 # Sources of src/encoders (target tnw_encoders), relative to this folder.
 set(tnw_sources
-    tnwASCIIEncoder.cpp)
+    tnwASCIIEncoder.cpp
+    tnwFSEncoder.cpp)

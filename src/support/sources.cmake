@@ -1,1 +1,1 @@
-set(tnw_sources mLog.cpp)
+set(tnw_sources mLog.cpp tnwINIFile.cpp)

@@ -88,13 +88,14 @@ TEST_F(DBFDecoderTest, DuplicatesAndActiveColumns) {
 
 TEST_F(DBFDecoderTest, ValuesFollowTheRulesOfEachType) {
     // clang-format off
-    Open(DbfTable({{"NAME", 'C', 10}, {"RATE", 'N', 8, 2}, {"DAY", 'D', 10}, {"FLAG", 'L', 2},
+    const DbfTable oTable = DbfTable({{"NAME", 'C', 10}, {"RATE", 'N', 8, 2}, {"DAY", 'D', 10}, {"FLAG", 'L', 2},
                    {"MEMO", 'M', 4}, {"NAME", 'C', 3}})
              .Row({"  a b  ", "   3.5", "20040309", "N", "memo", "dup"})
              .Row({"\xE9t\xE9", "", "", "Y", "", "x"}, '*')  // deleted rows are delivered too
              .Row({"", "12abc", "2004-03-10", "n", "", ""})
-             .Row({"last", "-1.5E2", "  ", "?", "", ""}));
+             .Row({"last", "-1.5E2", "  ", "?", "", ""});
     // clang-format on
+    Open(oTable);
     // Per record: NAME, RATE, DAY, FLAG; a blank number is 0, a blank date and a false text
     // assign nothing, so the value before stays.
     const SerialDate tMarch9th{kMarch9th2004}, tMarch10th{kMarch10th2004};
@@ -116,6 +117,20 @@ TEST_F(DBFDecoderTest, ValuesFollowTheRulesOfEachType) {
         bMore = oReader.MoveNext();
     }
     EXPECT_FALSE(bMore);
+    // With EveryFieldSets each record has its own RATE, DAY and FLAG.
+    oReader.SetEveryFieldSets(true);
+    Open(oTable);
+    const Variant aEvery[][3] = {{3.5, tMarch9th, false},
+                                 {Variant(), Variant(), true},
+                                 {12.0, tMarch10th, false},
+                                 {-150.0, Variant(), Variant()}};
+    for (bMore = oReader.MoveFirst() == Variant(true); const auto& aRecord : aEvery) {
+        ASSERT_TRUE(bMore);
+        EXPECT_EQ(std::tuple(Value("RATE"), Value("DAY"), Value("FLAG")),
+                  std::tuple(aRecord[0], aRecord[1], aRecord[2]));
+        bMore = oReader.MoveNext();
+    }
+    oReader.SetEveryFieldSets(false);
 
     Open(DbfTable({{"A", 'L', 2}, {"B", 'L', 2}, {"C", 'L', 2}, {"D", 'L', 2}, {"E", 'L', 2}})
              .Row({"t", "T", "y", "-1", "F"}),

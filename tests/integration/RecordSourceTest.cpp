@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "bridge/tnwDecoderRecordSource.h"
+#include "core/Error.h"
 #include "encoders/tnwASCIIEncoder.h"
 #include "fgp/FGPWriter.h"
 #include "ogc_sf/WKT.h"
@@ -147,6 +148,22 @@ TEST_F(RecordSourceTest, TableGoesThroughTextImportWithItsHeaderCount) {
     // A third of the table per record, then the end.
     EXPECT_EQ(oCallback->vRanges, (std::vector<std::pair<double, double>>{{0.0, 100.0}}));
     EXPECT_EQ(oCallback->vValues, (std::vector<double>{33.0, 66.0, 100.0}));
+
+    // Geometry kept beside the table, asked for by row; a failure there is reported.
+    oDecoder->SetLonCol(2);  // a format the row geometry takes the place of
+    std::vector<std::int64_t> vRows;
+    oSource->SetRowGeometry([&](std::int64_t lRow) -> std::shared_ptr<IGeometry> {
+        vRows.push_back(lRow);
+        if (lRow == 3) Raise(errInputPastEnd);
+        return lRow == 2 ? Parse("POINT (1 2)") : nullptr;
+    });
+    std::vector<std::string> vWKT;
+    for (oSource->MoveFirst(); !oSource->Eof(); oSource->MoveNext())
+        vWKT.push_back(oSource->Geometry() ? oSource->Geometry()->WKT() : "");
+    EXPECT_EQ(vRows, (std::vector<std::int64_t>{1, 2, 3}));
+    EXPECT_EQ(vWKT, (std::vector<std::string>{"", "POINT (1 2)", ""}));
+    ASSERT_EQ(m_oCapture.vReports.size(), 1u);
+    EXPECT_EQ(m_oCapture.vReports[0].sSource, "tnwDecoderRecordSource.Geometry");
 }
 
 TEST_F(RecordSourceTest, WellKnownTextGivesTheKindOfTheFirstGeometryAndFailuresAreReported) {

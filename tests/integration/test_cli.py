@@ -614,6 +614,163 @@ class Progress(ToolCase):
         self.assertEqual(len(err.strip().splitlines()), 1)
 
 
+def read_plan(path):
+    """(header, data lines as (sequence, polygon, lon, lat, rate)) of a plan-grid file."""
+    def degrees(text):  # "-96. 30", "7. .15": whole degrees, ".", minutes
+        whole, minutes = text.split(".", 1)
+        return (-1 if whole.startswith("-") else 1) * (abs(int(whole)) + float(minutes) / 60)
+    with open(path, "rb") as f:
+        lines = f.read().decode("cp1252").split("\r\n")
+    assert lines[:3] + lines[12:13] + lines[-2:] == \
+        ["[HEADER]", "FileType=PlanGridData", "Version=01.00.00", "[DATA]", "[END]", ""], lines
+    header = dict(line.split("=", 1) for line in lines[3:12])
+    data = [line.split("; ") for line in lines[13:-2]]
+    assert all(d[1] == "P" for d in data)
+    return header, [(int(d[0]), int(d[2]), degrees(d[3]), degrees(d[4]), float(d[5])) for d in data]
+
+
+def gdal_features(path):
+    """(OGR geometry, {field: value}) of every feature GDAL reads from a file."""
+    from osgeo import ogr
+    source = ogr.Open(path)
+    return [(f.GetGeometryRef().Clone(), f.items()) for f in source.GetLayer(0)]
+
+
+def points_of(geometry):
+    """The kind and point lists of a geometry, parts and rings in order."""
+    parts = [points_of(geometry.GetGeometryRef(k)) for k in range(geometry.GetGeometryCount())]
+    return (geometry.GetGeometryName(), parts or geometry.GetPoints())
+
+
+# Records of each shape kind, rings wound as the format wants them.
+SHAPE_SETS = {
+    "POINT": ["POINT (-93.5 42.25)", "POINT (0.125 -0.5)"],
+    "MULTIPOINT": ["MULTIPOINT ((1 2),(3 4),(5 6))", "MULTIPOINT ((-7.5 8))"],
+    "LINESTRING": ["LINESTRING (0 0,1 1,2 0)", "MULTILINESTRING ((0 0,0 5),(1 1,2 2,3 1))"],
+    "POLYGON": ["POLYGON ((0 0,0 10,10 10,10 0,0 0),(2 2,4 2,4 4,2 2))",
+                "MULTIPOLYGON (((20 0,20 5,25 5,20 0)),"
+                "((30 0,30 10,40 10,40 0,30 0),(32 2,34 2,34 4,32 2),(36 6,38 6,38 8,36 6)))",
+                "POLYGON ((-0.75 51.5,-0.5 51.75,-0.25 51.5,-0.75 51.5))"],
+}
+
+
+def write_set(writer, base, kind, wkts):
+    """A shapefile set of the records written by GDAL, pyshp or shapelib's tools."""
+    import shapefile
+    from osgeo import ogr
+    geometries = [ogr.CreateGeometryFromWkt(w) for w in wkts]
+    rings = [[p for p in re.findall(r"\(([^()]*)\)", w)] for w in wkts]
+    rings = [[[tuple(map(float, xy.split())) for xy in r.split(",")] for r in rs] for rs in rings]
+    if writer == "gdal":
+        source = ogr.GetDriverByName("ESRI Shapefile").CreateDataSource(base + ".shp")
+        layer = source.CreateLayer("x", geom_type=geometries[0].GetGeometryType())
+        layer.CreateField(ogr.FieldDefn("NAME", ogr.OFTString))
+        layer.CreateField(ogr.FieldDefn("RATE", ogr.OFTReal))
+        for k, geometry in enumerate(geometries):
+            feature = ogr.Feature(layer.GetLayerDefn())
+            feature.SetField("NAME", "rec %d" % k)
+            feature.SetField("RATE", 100.125 + k)
+            feature.SetGeometry(geometry)
+            layer.CreateFeature(feature)
+        layer = source = None
+    elif writer == "pyshp":
+        with shapefile.Writer(base, shapeType={"POINT": 1, "LINESTRING": 3, "POLYGON": 5,
+                                               "MULTIPOINT": 8}[kind]) as w:
+            w.field("NAME", "C", 20)
+            w.field("RATE", "N", 10, 3)
+            for k, parts in enumerate(rings):
+                {"POINT": lambda: w.point(*parts[0][0]), "LINESTRING": lambda: w.line(parts),
+                 "MULTIPOINT": lambda: w.multipoint([p[0] for p in parts]),
+                 "POLYGON": lambda: w.poly(parts)}[kind]()
+                w.record("rec %d" % k, 100.125 + k)
+    else:
+        run_ = lambda *a: subprocess.run(a, check=True, capture_output=True)
+        run_("shpcreate", base, {"POINT": "point", "LINESTRING": "arc", "POLYGON": "polygon",
+                                 "MULTIPOINT": "multipoint"}[kind])
+        run_("dbfcreate", base, "-s", "NAME", "20", "-n", "RATE", "10", "3")
+        for k, parts in enumerate(rings):
+            glue = [] if kind == "MULTIPOINT" else ["+"]
+            run_("shpadd", base, *sum((glue * (n > 0) + ["%r" % v for xy in part for v in xy]
+                                       for n, part in enumerate(parts)), []))
+            run_("dbfadd", base + ".dbf", "rec %d" % k, "%r" % (100.125 + k))
+    return base + ".shp"
+
+
+class ShapeSetInput(ToolCase):
+    def test_sets_of_other_writers_read_as_gdal_reads_them(self):
+        from osgeo import ogr
+        for writer in ("gdal", "pyshp", "shapelib"):
+            for kind, wkts in SHAPE_SETS.items():
+                where = writer + " " + kind
+                source = write_set(writer, self.path(where), kind, wkts)
+                expected = gdal_features(source)
+                self.convert_ok(source, self.path(where + ".csv"), "--geometry-text", "--no-lonlat")
+                with open(self.path(where + ".csv"), newline="", encoding="cp1252") as f:
+                    rows = list(csv.DictReader(f))
+                self.assertEqual(len(rows), len(wkts), where)
+                for row, (geometry, values) in zip(rows, expected):
+                    self.assertEqual((row["NAME"], float(row["RATE"])),
+                                     (values["NAME"], values["RATE"]), where)
+                    self.assertEqual(points_of(ogr.CreateGeometryFromWkt(row["Geometry"])),
+                                     points_of(geometry), where)
+                # A new set holds what the input held.
+                self.convert_ok(source, self.path(where + " copy.shp"))
+                self.assertEqual([(points_of(g), v) for g, v in
+                                  gdal_features(self.path(where + " copy.shp"))],
+                                 [(points_of(g), v) for g, v in expected], where)
+
+    def test_a_set_with_a_dbf_of_another_length_or_none_is_refused(self):
+        source = write_set("pyshp", self.path("lines"), "LINESTRING", SHAPE_SETS["LINESTRING"])
+        write_set("pyshp", self.path("other"), "POINT", SHAPE_SETS["POINT"] * 2)
+        os.replace(self.path("other.dbf"), self.path("lines.dbf"))
+        self.assertIn("2 records", self.fails(3, "convert", source, self.path("x.csv")))
+        os.remove(self.path("lines.dbf"))
+        self.assertIn("no .dbf", self.fails(3, "preview", source, self.path("x.svg")))
+        self.assertFalse(os.path.exists(self.path("x.csv")))
+
+
+class Plans(ToolCase):
+    def test_plans_read_back_as_their_inputs_hold_them(self):
+        from osgeo import ogr
+        zones = write_set("gdal", self.path("zones"), "POLYGON", SHAPE_SETS["POLYGON"])
+        sources = [(self.example("boundaries.csv"), ["--rate", "Area", "--wkt-col", "3"],
+                    [(float(r[1]), ogr.CreateGeometryFromWkt(r[2]))
+                     for r in example_rows("boundaries.csv")[1:]]),
+                   (zones, ["--rate", "rate"], [(v["RATE"], g) for g, v in gdal_features(zones)])]
+        for source, options, records in sources:
+            err = self.convert_ok(source, self.path("plan.fpd"), *options)
+            self.assertIn("hole", err)
+            header, data = read_plan(self.path("plan.fpd"))
+            # One polygon per part, its outer ring less the closing point; holes left out.
+            expected = [(number, x, y, round(rate, 2)) for number, (rate, ring) in enumerate(
+                ((rate, p.GetGeometryRef(0).GetPoints()[:-1]) for rate, g in records
+                 for p in ([g] if g.GetGeometryName() == "POLYGON"
+                           else [g.GetGeometryRef(k) for k in range(g.GetGeometryCount())])), 1)
+                for x, y in ring]
+            self.assertEqual([d[0] for d in data], list(range(1, len(expected) + 1)))
+            for (_, polygon, lon, lat, rate), (number, x, y, expected_rate) in zip(data, expected):
+                self.assertEqual((polygon, rate), (number, expected_rate))
+                self.assertAlmostEqual(lon, x, delta=1e-7)
+                self.assertAlmostEqual(lat, y, delta=1e-7)
+            rates = [round(rate, 2) for rate, _ in records]
+            self.assertEqual((header["NumberOfPolygons"], header["NumberOfPoints"]),
+                             (str(expected[-1][0]), str(len(data))))
+            self.assertEqual((float(header["RateMin"]), float(header["RateMax"])),
+                             (min(rates), max(rates)))
+        # Just under the prime meridian the sign stays.
+        self.assertEqual(data[-3][2:4], (-0.75, 51.5))
+
+    def test_rate_column_failures_leave_no_plan(self):
+        boundaries, plan = self.example("boundaries.csv"), self.path("plan.fpd")
+        for options, expected in [(["--rate", "Nope"], "Field, Area, Boundary, Crop"),
+                                  ([], "--rate COLUMN"), (["--rate", "Crop"], '"Corn"')]:
+            line = self.fails(2, "convert", boundaries, plan, "--wkt-col", "3", *options)
+            self.assertIn(expected, line)
+            self.assertFalse(os.path.exists(plan), options)
+        self.assertIn("--rate applies to plan-grid file",
+                      self.fails(2, "convert", boundaries, self.path("x.csv"), "--rate", "Area"))
+
+
 class Examples(unittest.TestCase):
     def test_generator_makes_the_bundled_files_again(self):
         script = os.path.join(EXAMPLES, "..", "scripts", "make_examples.py")

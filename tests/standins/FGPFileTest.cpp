@@ -1,5 +1,5 @@
-// The FGP main file stand-ins: hostile files are refused at Open, an unfinished file is removed;
-// and the text builder. (What the writer writes the reader gives back: tests/decoders.)
+// The FGP main file stand-ins: hostile files are refused at Open, an unfinished file is removed.
+// (What the writer writes the reader gives back: tests/decoders.)
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -10,7 +10,6 @@
 #include "fgp/FGPWriter.h"
 #include "platform/File.h"
 #include "support/TestSupport.h"
-#include "text/StringBuilder.h"
 
 namespace tnw::standins {
 namespace {
@@ -95,18 +94,6 @@ TEST_F(FGPFileTest, AnUnfinishedFileIsRemoved) {
     }
     EXPECT_FALSE(platform::FileExists(sPath));
     EXPECT_FALSE(platform::FileExists(sPath + ".points~"));
-}
-
-TEST(StringBuilder, SeparatorGoesBetweenAppends) {
-    StringBuilder oBuilder;
-    oBuilder.Append("a");
-    oBuilder.SetSeparator(",");
-    oBuilder.Append("b");
-    oBuilder.AppendLine("c");
-    oBuilder.SetSeparator("");
-    oBuilder.AppendLine("");
-    oBuilder.Append("d");
-    EXPECT_EQ(oBuilder.Text(), "a,b,c\r\n\r\nd");
 }
 
 }  // namespace

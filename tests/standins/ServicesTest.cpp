@@ -1,4 +1,5 @@
-// Registration of the stand-ins, the point list, the error handler and the arc angle.
+// Registration of the stand-ins, the point list, the text builder, the error handler and the
+// arc angle.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -10,6 +11,7 @@
 #include "core/Error.h"
 #include "core/GISLib.h"
 #include "core/Services.h"
+#include "core/StringBuilder.h"
 #include "gislib/GISFactory.h"
 #include "log/ErrorReports.h"
 #include "support/TestSupport.h"
@@ -26,6 +28,7 @@ TEST(StandIns, RegisteredProgramIdsMakeTheirObjects) {
               CreateAs<tnwPointList>("tnwGIS.tnwPointList", "x"));
     EXPECT_EQ(CreateAs<tnwFileUtility>("tnwGIS.tnwFileUtility", "x"), FileUtility());  // shared
     EXPECT_TRUE(CreateAs<ItnwErrorHandler>("tnwLog.tnwHandler", "x"));
+    EXPECT_TRUE(CreateAs<tnwStringBuilder>("tnwlib.tnwStringBuilder", "x"));
 
     // The arc angle is counter-clockwise from the x axis, in (-pi, pi].
     const double dPi = std::numbers::pi;
@@ -47,6 +50,29 @@ TEST(StandIns, PointListChecksIndexes) {
     EXPECT_EQ(test::ErrorNumberOf([&] { oList.Item(-1); }), errSubscript);
     EXPECT_EQ(test::ErrorNumberOf([&] { oList.Item(3); }), errSubscript);
     EXPECT_THROW(oList.Add(nullptr), Error);
+}
+
+// Pieces of every size, some longer than a block, come out whole and in order.
+TEST(StandIns, TextBuilderKeepsEveryPieceInOrder) {
+    RegisterStandIns();
+    auto oBuilder = CreateAs<tnwStringBuilder>("tnwlib.tnwStringBuilder", "x");
+    std::string sExpected;
+    for (std::size_t nSize : {0, 255, 257, 70000, (1 << 20) + 3, 5, 2 << 20, 0}) {
+        const std::string sPiece(nSize, static_cast<char>('a' + sExpected.size() % 26));
+        oBuilder->AppendLine(sPiece);
+        oBuilder->Append(sPiece);
+        sExpected += sPiece + "\r\n" + sPiece;
+    }
+    EXPECT_EQ(oBuilder->Text(), sExpected);
+    // A separator goes in front of each further piece until it is taken away.
+    oBuilder = CreateAs<tnwStringBuilder>("tnwlib.tnwStringBuilder", "x");
+    oBuilder->Append("a");
+    oBuilder->SetSeparator(",");
+    oBuilder->Append("b");
+    oBuilder->AppendLine("c");
+    oBuilder->SetSeparator("");
+    oBuilder->Append("d");
+    EXPECT_EQ(oBuilder->Text(), "a,b,c\r\nd");
 }
 
 TEST(StandIns, ErrorHandlerKeepsReportsAndAppendsToTheLogFile) {
