@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build, the tool and the tests need, where they are missing.
 #   scripts/install-deps.sh          build and tool: compiler, CMake, CLI11
-#   scripts/install-deps.sh --tests  also GoogleTest, GDAL, shapelib, pyshp, numpy, clang (fuzzing)
+#   scripts/install-deps.sh --tests  also GoogleTest, GDAL, shapelib, pyshp, numpy, clang (fuzzing),
+#                                    gcovr (scripts/coverage.sh)
 set -euo pipefail
 
 packages=(g++ cmake make libcli11-dev)
 if [[ "${1:-}" == "--tests" ]]; then
     packages+=(googletest libgtest-dev python3 python3-numpy python3-gdal python3-pyshp gdal-bin
-               shapelib libshp-dev libgdal-dev libbenchmark-dev clang-14 libclang-rt-14-dev)
+               shapelib libshp-dev libgdal-dev libbenchmark-dev clang-14 libclang-rt-14-dev gcovr)
 fi
 
 missing=()

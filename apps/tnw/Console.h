@@ -31,7 +31,10 @@ public:
     // What the tool is doing when the library reports a failure, e.g. "row 12 of yield.csv";
     // asked only when a report comes. Nothing clears it.
     void SetContext(std::function<std::string()> fnContext) { m_fnContext = std::move(fnContext); }
-    // Library error reports so far.
+    // "tnw: <context>: <description> (<source>)." as a failure: it counts in Reports. In debug
+    // mode the box that follows a library report tells the rest: number and error source.
+    void Report(const std::string& sSource, const std::string& sDescription);
+    // Failures reported so far, the library's and the tool's.
     std::int64_t Reports() const { return m_lReports; }
     // The text of the last message box, title first, on one line; "" when none came since the
     // last call. In debug mode boxes are also shown as they come.
@@ -48,8 +51,6 @@ private:
     class Handler;
     class Bar;
 
-    // In debug mode the box that follows tells the rest: number and error source.
-    void Report(const std::string& sSource, const std::string& sDescription);
     void Box(const std::string& sText, const std::string& sTitle);
     void Line(const std::string& sText);
     void DrawBar();

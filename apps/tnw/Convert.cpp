@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Writers.h"
+#include "platform/CodePage.h"
 
 namespace tnw::cli {
 
@@ -70,8 +71,9 @@ struct Counts {
 
 // Hands every record of the source to the encoder, as ImportRS would, but keeps each
 // Update's result.
-Counts WriteRecords(tnwDecoderRecordSource& oSource, RecordWriter& oWriter, Console& oConsole,
-                    const std::string& sInput) {
+Counts WriteRecords(Input& tInput, RecordWriter& oWriter, Console& oConsole) {
+    tnwDecoderRecordSource& oSource = *tInput.oSource;
+    const std::string& sInput = tInput.sPath;
     Counts tCounts;
     bool bWriting = false;
     oConsole.SetContext([&] {
@@ -82,6 +84,12 @@ Counts WriteRecords(tnwDecoderRecordSource& oSource, RecordWriter& oWriter, Cons
     oSource.MoveFirst();
     while (!oSource.Eof()) {
         bWriting = true;
+        if (tInput.fnLostColumns) {
+            for (const std::string& sKey : tInput.fnLostColumns()) {
+                oConsole.Report(sInput, "the text of " + sKey +
+                                            " is no value of its type and was read as NULL");
+            }
+        }
         if (oWriter.Write(oSource.Geometry())) {
             ++tCounts.lWritten;
         } else {
@@ -124,6 +132,9 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
         tInputOptions.sDelimiter = ParseDelimiter(tInputOptions.sDelimiter);
     }
 
+    // Everything the tool writes is UTF-8 (a table says so in its .cpg), so no character of
+    // the input is lost whatever its code page.
+    platform::SetNarrowCodePage(platform::CodePage::Utf8);
     Input tInput = OpenInput(tInputOptions);
     const std::unique_ptr<RecordWriter> oWriter = tOut.fnNewWriter();
     CheckNotInput(tInput.sPath, *oWriter, t.sPath);
@@ -132,7 +143,7 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     MakeFolder(t.sPath);
     oWriter->Open(t, tInput, oConsole);
     oSource.SetCallback(oConsole.Progress("converting"));
-    const Counts tCounts = WriteRecords(oSource, *oWriter, oConsole, tInput.sPath);
+    const Counts tCounts = WriteRecords(tInput, *oWriter, oConsole);
     oWriter->Close(tCounts.lWritten);
     oConsole.EndProgress();
 

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 
@@ -14,6 +15,12 @@
 namespace tnw::cli {
 
 namespace {
+
+// The Size of a text column of a text input: more than a line holds, so nothing is cut.
+constexpr std::int16_t kWholeText = 32767;
+// Width and decimals of a number column of a text input: those of any double's number text.
+constexpr std::int16_t kNumberWidth = 24;
+constexpr std::int16_t kNumberDecimals = 15;
 
 // The delimiter that stands most often outside double quotes in the header line; "," when
 // none of the usual ones does.
@@ -75,6 +82,69 @@ void SetGeometryFields(const InputOptions& tOptions, std::int32_t lFields, auto&
     }
 }
 
+std::string Lower(std::string_view s) {
+    std::string sLower;
+    for (char c : s)
+        sLower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return sLower;
+}
+
+// --encoding, or nothing when it wasn't given. Failure kExitUsage for a name the tool doesn't
+// know.
+std::optional<platform::CodePage> GivenCodePage(const InputOptions& tOptions) {
+    if (tOptions.sEncoding.empty()) return std::nullopt;
+    if (auto eCodePage = CodePageOfName(tOptions.sEncoding)) return eCodePage;
+    throw Failure(kExitUsage,
+                  "unknown encoding \"" + tOptions.sEncoding + "\"; use utf-8, 1252 or latin1");
+}
+
+// UTF-8 when the file starts with a byte-order mark, or when its first mebibyte has bytes past
+// ASCII and all of them form valid UTF-8; else Windows-1252.
+platform::CodePage TextCodePageOf(const std::string& sPath) {
+    constexpr std::size_t kLook = 1 << 20;
+    platform::InputFile oFile;
+    oFile.Open(sPath);
+    std::string sBytes(kLook, '\0');
+    sBytes.resize(oFile.Read(sBytes.data(), kLook));
+    if (sBytes.starts_with("\xEF\xBB\xBF")) return platform::CodePage::Utf8;
+    if (!oFile.AtEnd()) {
+        // The look may end inside a character: leave out the last one.
+        while (!sBytes.empty() && (static_cast<unsigned char>(sBytes.back()) & 0xC0) == 0x80)
+            sBytes.pop_back();
+        if (!sBytes.empty() && static_cast<unsigned char>(sBytes.back()) >= 0xC0) sBytes.pop_back();
+    }
+    const bool bAscii = std::all_of(sBytes.begin(), sBytes.end(),
+                                    [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    return !bAscii && platform::IsValidUtf8(sBytes) ? platform::CodePage::Utf8
+                                                    : platform::CodePage::Windows1252;
+}
+
+// The code page a table names: its .cpg (any case of the extension), else its language driver
+// byte, else Windows-1252. Failure kExitInput for a .cpg the tool can't follow.
+platform::CodePage TableCodePageOf(const std::string& sPath, std::uint8_t byLanguageDriver) {
+    std::filesystem::path oCpg(sPath);
+    for (const char* sExtension : {".cpg", ".CPG"}) {
+        oCpg.replace_extension(sExtension);
+        std::error_code ec;
+        if (!std::filesystem::is_regular_file(oCpg, ec)) continue;
+        platform::InputFile oFile;
+        oFile.Open(oCpg.string());
+        std::string sName(64, '\0');
+        sName.resize(oFile.Read(sName.data(), sName.size()));
+        while (!sName.empty() && std::isspace(static_cast<unsigned char>(sName.back())))
+            sName.pop_back();
+        if (auto eCodePage = CodePageOfName(sName)) return *eCodePage;
+        throw Failure(kExitInput, oCpg.string() + " names the code page \"" + sName +
+                                      "\", which the tool can't read; give --encoding");
+    }
+    switch (byLanguageDriver) {
+        case 0x57:  // ANSI, as GDAL writes it: ISO-8859-1
+            return platform::CodePage::Latin1;
+        default:  // 0x03 (Windows ANSI) and tables that name none
+            return platform::CodePage::Windows1252;
+    }
+}
+
 // The parser of the well-known text in a record.
 std::shared_ptr<IGeometry> ParseGeometry(std::string_view sWKT) {
     return standins::ParseWKT(sWKT);
@@ -86,6 +156,8 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
     if (tOptions.lHeaderRows < 0) throw Failure(kExitUsage, "--header-rows can't be negative");
     auto oDecoder = std::make_shared<tnwASCIIDecoder>();
     oDecoder->SetLineFeedEndsLine(true);
+    oDecoder->SetSkipByteOrderMark(true);
+    oDecoder->SetTextCodePage(GivenCodePage(tOptions).value_or(TextCodePageOf(tOptions.sPath)));
     std::string sDelimiter = tOptions.sDelimiter;
     if (sDelimiter.empty()) {
         sDelimiter = LowerExtension(tOptions.sPath) == "tsv"
@@ -114,19 +186,50 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
         }
         oDecoder->ColumnsFromString(sNames, ",");
     }
+    // A text is read whole, so that a writer that has to cut it can say so, and a number has
+    // the room of any double (a header gives no width): the columns are made again so.
+    tnwColumns& oColumns = *oDecoder->Columns();
+    const std::vector<std::shared_ptr<tnwColumn>> vBuilt = oColumns.Items();
+    oColumns.Clear();
+    for (const auto& c : vBuilt) {
+        const bool bText = c->Type() == vtString;
+        const bool bNumber = c->Type() == vtDouble;
+        const std::int16_t iSize = bText ? kWholeText : bNumber ? kNumberWidth : c->Size();
+        const std::int16_t iPrecision = bNumber ? kNumberDecimals : c->Precision();
+        oColumns
+            .Add(c->Key(), c->Name(), c->Description(), c->Type(), iSize, iPrecision, c->Flags(),
+                 c->Kind(), c->Unit(), c->Tag(), c->Visible(), c->Active())
+            ->SetPosition(c->Position());
+    }
     SetGeometryFields(tOptions, lFields, *oDecoder);
     tInput.oText = oDecoder;
     tInput.eFormat = oDecoder->GeometryFormat();
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
 }
 
-void OpenTable(const InputOptions& tOptions, Input& tInput) {
+// A dBase table read as the tool reads every table: each field sets its value, in the code
+// page found for it; deleted records are passed over when bSkipDeleted.
+std::shared_ptr<tnwDBFDecoder> OpenTableDecoder(const InputOptions& tOptions,
+                                                const std::string& sPath, bool bSkipDeleted,
+                                                Input& tInput) {
     auto oDecoder = std::make_shared<tnwDBFDecoder>();
     oDecoder->SetEveryFieldSets(true);
-    oDecoder->SetFilename(tOptions.sPath);
-    if (!oDecoder->IsValidFile()) {
-        throw Failure(kExitInput, "can't read " + tOptions.sPath + " as a dBase table");
+    oDecoder->SetSkipDeleted(bSkipDeleted);
+    std::optional<platform::CodePage> eCodePage = GivenCodePage(tOptions);
+    if (!eCodePage) {
+        oDecoder->SetFilename(sPath);  // for the language driver byte
+        eCodePage = TableCodePageOf(sPath, oDecoder->LanguageDriver());
     }
+    oDecoder->SetTextCodePage(eCodePage);
+    oDecoder->SetFilename(sPath);
+    if (!oDecoder->IsValidFile())
+        throw Failure(kExitInput, "can't read " + sPath + " as a dBase table");
+    tInput.fnLostColumns = [pDecoder = oDecoder.get()] { return pDecoder->UnreadableColumns(); };
+    return oDecoder;
+}
+
+void OpenTable(const InputOptions& tOptions, Input& tInput) {
+    auto oDecoder = OpenTableDecoder(tOptions, tOptions.sPath, !tOptions.bKeepDeleted, tInput);
     SetGeometryFields(tOptions, oDecoder->Columns()->Count(), *oDecoder);
     tInput.eFormat = oDecoder->GeometryFormat();
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
@@ -150,10 +253,8 @@ void OpenShapeSet(const InputOptions& tOptions, Input& tInput) {
         throw Failure(kExitInput, "there is no .dbf beside " + tOptions.sPath +
                                       " to read the records' values from");
     }
-    auto oTable = std::make_shared<tnwDBFDecoder>();
-    oTable->SetEveryFieldSets(true);
-    oTable->SetFilename(sTable);
-    if (!oTable->IsValidFile()) throw Failure(kExitInput, "can't read " + sTable);
+    // Rows pair with shapes by place, so a deleted row is read like any other.
+    auto oTable = OpenTableDecoder(tOptions, sTable, false, tInput);
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oTable);
     const std::int64_t lRows = tInput.oSource->RecordCount();
     if (lRows != oShapes->RecordCount()) {
@@ -167,6 +268,18 @@ void OpenShapeSet(const InputOptions& tOptions, Input& tInput) {
     tInput.eFormat = oShapes->GeometryType() == tnwGeometryPoint ? TNW_GeometryFormat_LonLat
                                                                  : TNW_GeometryFormat_WKT;
     tInput.oSource->SetRowGeometry([oShapes](std::int64_t lRow) { return oShapes->Record(lRow); });
+}
+
+std::optional<platform::CodePage> CodePageOfName(std::string_view sName) {
+    const std::string s = Lower(sName);
+    for (const char* sUtf8 : {"utf-8", "utf8", "65001"})
+        if (s == sUtf8) return platform::CodePage::Utf8;
+    for (const char* s1252 : {"1252", "cp1252", "windows-1252", "ansi 1252"})
+        if (s == s1252) return platform::CodePage::Windows1252;
+    for (const char* sLatin1 :
+         {"latin1", "latin-1", "iso-8859-1", "iso8859-1", "8859-1", "88591", "28591", "iso88591"})
+        if (s == sLatin1) return platform::CodePage::Latin1;
+    return std::nullopt;
 }
 
 void RequireFile(const std::string& sPath) {

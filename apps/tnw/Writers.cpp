@@ -1,10 +1,13 @@
 #include "Writers.h"
 
+#include <algorithm>
+
 #include "Console.h"
 #include "Convert.h"
 #include "ExitCodes.h"
 #include "FileKind.h"
 #include "Input.h"
+#include "core/Component.h"
 #include "core/Error.h"
 #include "encoders/tnwASCIIEncoder.h"
 #include "encoders/tnwFSEncoder.h"
@@ -34,6 +37,8 @@ public:
         m_oEncoder.SetIncludeLonLat(
             t.bLonLat.value_or(tInput.eFormat == TNW_GeometryFormat_LonLat));
         m_oEncoder.SetIncludeInvisible(t.bIncludeInvisible);
+        m_oEncoder.SetBlankEmptyValues(true);
+        m_oEncoder.SetExactLonLat(true);
         if (!m_oEncoder.InitializeFile(t.sPath, tInput.oSource->Columns())) {
             throw Failure(kExitOutput, "can't create " + t.sPath + BoxDetail(oConsole));
         }
@@ -113,6 +118,40 @@ std::int64_t TableRecordCount(const std::string& sTable) {
     return tnwDecoderRecordSource(oTable).RecordCount();
 }
 
+// The widest number text: sign, 15 digits, point and a three-digit exponent.
+constexpr std::int16_t kNumberWidth = 24;
+// The widest text field of a dBase table.
+constexpr std::int16_t kTextWidth = 254;
+
+// The table's columns: the input's, with fields that hold their values. A number field up to 15
+// wide holds the number text of whatever its input field held; a wider one is made 24 wide, so
+// that a number of 15 significant digits in exponent form fits. A text field is at most 254
+// bytes wide; a longer text is cut and named by the writer.
+std::shared_ptr<tnwColumns> TableColumns(const tnwColumns& oInput) {
+    auto oColumns = CreateAs<tnwColumns>(kProgIdColumns, "Missing Component");
+    if (!oColumns) throw Failure(kExitOutput, "no column list can be made");
+    for (const auto& c : oInput.Items()) {
+        std::int16_t iSize = c->Size();
+        switch (c->Type()) {
+            case vtString:
+                iSize = std::min(iSize, kTextWidth);
+                break;
+            case vtDate:
+                iSize = std::max<std::int16_t>(iSize, 8);
+                break;
+            case vtBoolean:
+                iSize = std::max<std::int16_t>(iSize, 1);
+                break;
+            default:
+                if (iSize > 15) iSize = std::max(iSize, kNumberWidth);
+                break;
+        }
+        oColumns->Add(c->Key(), c->Name(), c->Description(), c->Type(), iSize, c->Precision(),
+                      c->Flags(), c->Kind(), c->Unit(), c->Tag(), c->Visible(), c->Active());
+    }
+    return oColumns;
+}
+
 // A shapefile set, or its .dbf alone for a table.
 class ShapeSetWriter final : public RecordWriter {
 public:
@@ -140,17 +179,32 @@ public:
         m_oEncoder.SetExportCentroids(t.bCentroids);
         m_oEncoder.SetIncludeInvisible(t.bIncludeInvisible);
         if (!t.sProjection.empty()) m_oEncoder.SetProjection(ParseProjection(t.sProjection));
-        if (!m_oEncoder.Initialize(t.sPath, tInput.oSource->Columns(),
-                                   static_cast<tnwGeometryType>(m_eType))) {
+        m_oEncoder.SetBlankEmptyValues(true);
+        m_oInput = tInput.oSource->Columns();
+        m_oColumns = TableColumns(*m_oInput);
+        m_pConsole = &oConsole;
+        if (!m_oEncoder.Initialize(t.sPath, m_oColumns, static_cast<tnwGeometryType>(m_eType))) {
             throw Failure(kExitOutput, "can't create " + t.sPath + BoxDetail(oConsole));
         }
     }
     bool Write(const std::shared_ptr<IGeometry>& oGeometry) override {
+        const auto& vInput = m_oInput->Items();
+        const auto& vOutput = m_oColumns->Items();
+        for (std::size_t i = 0; i < vInput.size() && i < vOutput.size(); ++i)
+            vOutput[i]->SetValue(vInput[i]->Value());
         m_oEncoder.SetGeometry(oGeometry);
-        return m_oEncoder.Update();
+        if (!m_oEncoder.Update()) return false;
+        for (const std::string& sKey : m_oEncoder.CutColumns()) {
+            m_pConsole->Report(m_oEncoder.Filename() + ".dbf",
+                               "the value of " + sKey + " does not fit its field of " +
+                                   std::to_string(m_oColumns->Item(sKey)->Size()) +
+                                   " bytes and was cut");
+        }
+        return true;
     }
     void Close(std::int64_t lWritten) override {
         m_oEncoder.CloseFiles();
+        WriteCodePageFile();
         // The table's header tells what the set really holds.
         if (TableRecordCount(m_oEncoder.Filename() + ".dbf") != lWritten) {
             throw Failure(kExitOutput,
@@ -159,9 +213,11 @@ public:
     }
     std::vector<fs::path> Files() const override {
         const std::string& sWritten = m_oEncoder.Filename();
-        if (m_eType == 0) return {fs::path(sWritten + ".dbf")};
         std::vector<fs::path> vFiles;
-        for (const char* sExtension : {".shp", ".shx", ".dbf", ".prj", ".mcd"}) {
+        for (const char* sExtension : {".shp", ".shx", ".dbf", ".prj", ".mcd", ".cpg"}) {
+            if (m_eType == 0 && std::string_view(sExtension) != ".dbf" &&
+                std::string_view(sExtension) != ".cpg")
+                continue;
             fs::path oPath(sWritten + sExtension);
             std::error_code ec;
             if (fs::exists(oPath, ec)) vFiles.push_back(oPath);
@@ -182,9 +238,25 @@ public:
     }
 
 private:
+    // The table's text is UTF-8, the tool's narrow code page; the .cpg says so to readers.
+    void WriteCodePageFile() const {
+        const std::string sPath = m_oEncoder.Filename() + ".cpg";
+        try {
+            platform::OutputFile oFile;
+            oFile.Open(sPath);
+            oFile.Write("UTF-8");
+            oFile.Close();
+        } catch (const Error& oError) {
+            throw Failure(kExitOutput, "can't write " + sPath + ": " + oError.sDescription);
+        }
+    }
+
     bool m_bTableOnly;
     std::int32_t m_eType = 0;
     tnwShapeEncoder m_oEncoder;
+    std::shared_ptr<tnwColumns> m_oInput;    // the input's columns, holding each record
+    std::shared_ptr<tnwColumns> m_oColumns;  // the table's, sized to hold the values
+    Console* m_pConsole = nullptr;
 };
 
 // A plan-grid file: every polygon record with the rate of the --rate column. The encoder reads

@@ -63,6 +63,15 @@ void AddInputOptions(CLI::App& oCommand, InputOptions& tInput, bool bDelimiter) 
         ->check(CLI::PositiveNumber)
         ->group(sGroup);
     oCommand
+        .add_option("--encoding", tInput.sEncoding,
+                    "Text encoding of the input: utf-8, 1252 or latin1 (default: UTF-8 for text "
+                    "that is UTF-8, a table's .cpg or language driver, else 1252)")
+        ->group(sGroup);
+    oCommand
+        .add_flag("--keep-deleted", tInput.bKeepDeleted,
+                  "Also read the records a dBase table marks as deleted")
+        ->group(sGroup);
+    oCommand
         .add_option("--phase", tInput.sPhase,
                     "Of an FGP set, only its regions, lines or points (default: all, in that "
                     "order)")

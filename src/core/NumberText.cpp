@@ -253,12 +253,15 @@ double TextToNumber(std::string_view sText) {
     };
 
     skip();
-    if (pEnd - p > 1 && *p == '&') {
+    if (p < pEnd && *p == '&') {
+        ++p;
+        skip();  // blanks are skipped wherever they stand, "& H10" as "&H10"
+        if (p == pEnd) return 0.0;
         int nBase = 0;
-        if (p[1] == 'H' || p[1] == 'h') nBase = 16;
-        if (p[1] == 'O' || p[1] == 'o') nBase = 8;
+        if (*p == 'H' || *p == 'h') nBase = 16;
+        if (*p == 'O' || *p == 'o') nBase = 8;
         if (nBase == 0) return 0.0;
-        p += 2;
+        ++p;
         double dValue = 0.0;
         for (skip(); p < pEnd; ++p, skip()) {
             int d = DigitValue(*p);

@@ -68,6 +68,11 @@ SerialDate DateSerial(int iYear, int iMonth, int iDay) {
     return SerialDate{static_cast<double>(lDays - kSerialEpoch)};
 }
 
+bool IsRealDate(int iYear, int iMonth, int iDay) {
+    return iYear >= 100 && iYear <= 9999 && iMonth >= 1 && iMonth <= 12 && iDay >= 1 &&
+           iDay <= DaysInMonth(iYear, iMonth);
+}
+
 YearMonthDay ToYearMonthDay(SerialDate tDate) {
     // Dates run from the year 100 to 9999, as the tagged value allows.
     if (!(tDate.dSerial >= -657434.0 && tDate.dSerial < 2958466.0)) Raise(errOverflow);
@@ -113,8 +118,7 @@ std::optional<SerialDate> ParseDateText(std::string_view sText) {
     } else {
         return std::nullopt;
     }
-    if (iYear < 100 || iMonth < 1 || iMonth > 12 || iDay < 1 || iDay > DaysInMonth(iYear, iMonth))
-        return std::nullopt;
+    if (!IsRealDate(iYear, iMonth, iDay)) return std::nullopt;
     double dTime = 0.0;
     if (!s.empty()) {
         int h = 0, m = 0, sec = 0;

@@ -19,6 +19,9 @@ struct YearMonthDay {
 // The serial of a calendar date; month and day out of range roll over as dates do
 // (month 13 is January of the next year, day 0 the last day of the month before).
 SerialDate DateSerial(int iYear, int iMonth, int iDay);
+// True for a calendar date the tagged value holds: years 100 to 9999, a month of the year and a
+// day of that month.
+bool IsRealDate(int iYear, int iMonth, int iDay);
 // Error 6 for a serial outside the years 100 to 9999.
 YearMonthDay ToYearMonthDay(SerialDate tDate);
 

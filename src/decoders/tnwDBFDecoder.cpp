@@ -155,15 +155,16 @@ void tnwDBFDecoder::ReadFieldList() {
     unsigned char aHeader[kHeaderSize];
     m_oFile.ReadExact(aHeader, sizeof aHeader);
     m_lRecordCount = static_cast<std::int32_t>(platform::GetLE32(aHeader + 4));
-    m_iHeaderLength = static_cast<std::int16_t>(platform::GetLE16(aHeader + 8));
-    m_iRecordLength = static_cast<std::int16_t>(platform::GetLE16(aHeader + 10));
+    m_iHeaderLength = platform::GetLE16(aHeader + 8);
+    m_iRecordLength = platform::GetLE16(aHeader + 10);
+    m_byLanguageDriver = aHeader[29];
 
     m_oColumns = NewColumnList();
     m_sSchema.clear();
     m_vFields.clear();
     m_nRecordBytes = 1;
-    // The header length is a signed 16-bit number, so this reads at most 1023 descriptors
-    // whatever the file claims.
+    // The header length is a 16-bit number, so this reads at most 2,047 descriptors whatever
+    // the file claims.
     unsigned char aDescriptor[kDescriptorSize];
     for (std::int32_t lPosition = kHeaderSize; lPosition < m_iHeaderLength - 1;
          lPosition += kDescriptorSize) {
@@ -175,7 +176,7 @@ void tnwDBFDecoder::ReadFieldList() {
 void tnwDBFDecoder::AddField(const unsigned char* pDescriptor) {
     std::string sName(reinterpret_cast<const char*>(pDescriptor), kNameWidth);
     std::replace(sName.begin(), sName.end(), '\0', ' ');
-    std::string sKey = platform::FromNarrow(TrimBlanks(sName));
+    std::string sKey = platform::FromNarrow(TrimBlanks(sName), CodePageInUse());
     if (!sKey.empty() && sKey.front() == '\\') sKey.erase(0, 1);
 
     const char cLetter = static_cast<char>(pDescriptor[11]);
@@ -224,7 +225,7 @@ void tnwDBFDecoder::AddField(const unsigned char* pDescriptor) {
     if (!m_sSchema.empty()) m_sSchema += '|';
     m_sSchema += sKey;
     m_sSchema += '~';
-    platform::AppendFromNarrow(m_sSchema, std::string_view(&cLetter, 1));
+    platform::AppendFromNarrow(m_sSchema, std::string_view(&cLetter, 1), CodePageInUse());
     m_sSchema += '~';
     m_sSchema += std::to_string(nWidth);
     m_sSchema += '~';
@@ -250,25 +251,60 @@ Variant tnwDBFDecoder::MoveFirst() {
 }
 
 bool tnwDBFDecoder::MoveNext() {
-    ++m_lCurrentRecord;
-    if (Eof()) {
-        m_lCurrentRecord = static_cast<std::int64_t>(m_lRecordCount) + 1;
-        return false;
-    }
-
-    // One read per record, taken where it lies in the file's buffer; the fields that arrived
-    // whole take their values even when the file ends inside the record, as reading field by
-    // field would leave them.
-    const std::string_view sRecord = m_oFile.ReadView(m_nRecordBytes);
-    for (const Field& tField : m_vFields) {
-        if (tField.nOffset + tField.nWidth > sRecord.size()) break;
-        if (!tField.oColumn || !tField.oColumn->Active()) continue;
-        SetValue(tField, TrimBlanks({sRecord.data() + tField.nOffset, tField.nWidth}));
-    }
-    if (sRecord.size() < m_nRecordBytes) Raise(errInputPastEnd, "tnwDelimAscii.MoveNext");
-    ReadGeometryFields(sRecord);
-    return true;
+    return ReadRecord(m_bSkipDeleted);
 }
+
+bool tnwDBFDecoder::ReadRecord(bool bSkipDeleted) {
+    for (;;) {
+        ++m_lCurrentRecord;
+        m_bDeleted = false;
+        m_vUnreadable.clear();
+        if (Eof()) {
+            m_lCurrentRecord = static_cast<std::int64_t>(m_lRecordCount) + 1;
+            return false;
+        }
+
+        // One read per record, taken where it lies in the file's buffer; the fields that
+        // arrived whole take their values even when the file ends inside the record, as
+        // reading field by field would leave them.
+        const std::string_view sRecord = m_oFile.ReadView(m_nRecordBytes);
+        m_bDeleted = !sRecord.empty() && sRecord.front() == '*';
+        if (m_bDeleted && bSkipDeleted && sRecord.size() == m_nRecordBytes) continue;
+        for (const Field& tField : m_vFields) {
+            if (tField.nOffset + tField.nWidth > sRecord.size()) break;
+            if (!tField.oColumn || !tField.oColumn->Active()) continue;
+            const std::string_view sText =
+                TrimBlanks({sRecord.data() + tField.nOffset, tField.nWidth});
+            if (m_bEveryFieldSets) {
+                SetEveryFieldValue(tField, sText);
+            } else {
+                SetValue(tField, sText);
+            }
+        }
+        if (sRecord.size() < m_nRecordBytes) Raise(errInputPastEnd, "tnwDelimAscii.MoveNext");
+        ReadGeometryFields(sRecord);
+        return true;
+    }
+}
+
+namespace {
+
+// The date of a "yyyymmdd" text, when it names a real day.
+std::optional<SerialDate> DigitsDate(std::string_view sText) {
+    if (sText.size() != 8 || !IsDigits(sText)) return std::nullopt;
+    const int iYear = DatePart(sText.substr(0, 4));
+    const int iMonth = DatePart(sText.substr(4, 2));
+    const int iDay = DatePart(sText.substr(6, 2));
+    if (!IsRealDate(iYear, iMonth, iDay)) return std::nullopt;
+    return DateSerial(iYear, iMonth, iDay);
+}
+
+bool IsTrueText(std::string_view s) {
+    return s == "-1" ||
+           (s.size() == 1 && (s[0] == 't' || s[0] == 'T' || s[0] == 'y' || s[0] == 'Y'));
+}
+
+}  // namespace
 
 void tnwDBFDecoder::SetValue(const Field& tField, std::string_view sText) {
     tnwColumn& oColumn = *tField.oColumn;
@@ -279,26 +315,22 @@ void tnwDBFDecoder::SetValue(const Field& tField, std::string_view sText) {
     switch (tField.lType) {
         case vtBoolean:
             // Only a true text assigns: anything else leaves the value of the record before.
-            if (sText == "-1" || (sText.size() == 1 && (sText[0] == 't' || sText[0] == 'T' ||
-                                                        sText[0] == 'y' || sText[0] == 'Y'))) {
-                oColumn.SetValue(true);
-            } else if (m_bEveryFieldSets) {
-                const bool bFalse =
-                    sText == "0" || (sText.size() == 1 && (sText[0] == 'f' || sText[0] == 'F' ||
-                                                           sText[0] == 'n' || sText[0] == 'N'));
-                oColumn.SetValue(bFalse ? Variant(false) : Variant());
-            }
+            if (IsTrueText(sText)) oColumn.SetValue(true);
             break;
         case vtString:
-            oColumn.SetValue(platform::FromNarrow(sText));
+            oColumn.SetValue(platform::FromNarrow(sText, CodePageInUse()));
             break;
         case vtDate:
-            // "yyyymmdd" when numeric, else any date text; a blank date keeps the last value.
+            // "yyyymmdd" when numeric, else any date text. A blank date, and a numeric one that
+            // names no real day ("00000000", "20040000"), keep the last value.
             if (IsNumericText(sText)) {
-                oColumn.SetValue(DateSerial(DatePart(Piece(sText, 0, 4)),
-                                            DatePart(Piece(sText, 4, 2)),
-                                            DatePart(Piece(sText, 6, 2))));
-            } else if (auto tDate = ParseDateText(platform::FromNarrow(sText))) {
+                const int iYear = DatePart(Piece(sText, 0, 4));
+                const int iMonth = DatePart(Piece(sText, 4, 2));
+                const int iDay = DatePart(Piece(sText, 6, 2));
+                if (IsRealDate(iYear, iMonth, iDay)) {
+                    oColumn.SetValue(DateSerial(iYear, iMonth, iDay));
+                }
+            } else if (auto tDate = ParseDateText(platform::FromNarrow(sText, CodePageInUse()))) {
                 oColumn.SetValue(*tDate);
             } else if (m_bEveryFieldSets) {
                 oColumn.SetValue(Variant());
@@ -308,6 +340,44 @@ void tnwDBFDecoder::SetValue(const Field& tField, std::string_view sText) {
             oColumn.SetValue(TextToNumber(sText));
             break;
     }
+}
+
+void tnwDBFDecoder::SetEveryFieldValue(const Field& tField, std::string_view sText) {
+    tnwColumn& oColumn = *tField.oColumn;
+    Variant vValue;  // empty unless the text holds a value of the field's type
+    switch (tField.lType) {
+        case vtBoolean:
+            if (IsTrueText(sText)) {
+                vValue = Variant(true);
+            } else if (sText == "0" ||
+                       (sText.size() == 1 && (sText[0] == 'f' || sText[0] == 'F' ||
+                                              sText[0] == 'n' || sText[0] == 'N'))) {
+                vValue = Variant(false);
+            }
+            break;
+        case vtString:
+            if (!sText.empty()) vValue = Variant(platform::FromNarrow(sText, CodePageInUse()));
+            break;
+        case vtDate:
+            if (auto tDate = DigitsDate(sText)) {
+                vValue = Variant(*tDate);
+            } else if (auto tText = ParseDateText(platform::FromNarrow(sText, CodePageInUse()))) {
+                vValue = Variant(*tText);
+            }
+            break;
+        default:
+            if (std::any_of(sText.begin(), sText.end(),
+                            [](char c) { return c >= '0' && c <= '9'; }))
+                vValue = Variant(TextToNumber(sText));
+            break;
+    }
+    // A blank, "?", a field of "*" and a date of zeros are NULLs as writers write them;
+    // anything else that gave no value was lost.
+    const bool bNullMark = sText.empty() || sText == "?" ||
+                           sText.find_first_not_of('*') == std::string_view::npos ||
+                           (tField.lType == vtDate && sText == "00000000");
+    if (vValue.IsEmpty() && !bNullMark) m_vUnreadable.push_back(oColumn.Key());
+    oColumn.SetValue(std::move(vValue));
 }
 
 std::string_view tnwDBFDecoder::FieldText(std::string_view sRecord, std::int32_t lField) const {
@@ -324,7 +394,9 @@ void tnwDBFDecoder::ReadGeometryFields(std::string_view sRecord) {
     m_sWKT.clear();
     if (m_lLonCol > 0) m_dLongitude = TextToNumber(FieldText(sRecord, m_lLonCol));
     if (m_lLatCol > 0) m_dLatitude = TextToNumber(FieldText(sRecord, m_lLatCol));
-    if (m_lWKTCol > 0) platform::AppendFromNarrow(m_sWKT, FieldText(sRecord, m_lWKTCol));
+    if (m_lWKTCol > 0) {
+        platform::AppendFromNarrow(m_sWKT, FieldText(sRecord, m_lWKTCol), CodePageInUse());
+    }
 }
 
 bool tnwDBFDecoder::MoveToRecord(std::int32_t lRecord) {
@@ -332,9 +404,11 @@ bool tnwDBFDecoder::MoveToRecord(std::int32_t lRecord) {
     m_lCurrentRecord = lRecord;
     if (Eof()) return false;
     m_lCurrentRecord = lRecord - 1;
-    m_oFile.Seek(std::int64_t{m_iHeaderLength} +
-                 std::int64_t{m_iRecordLength} * (std::int64_t{lRecord} - 1));
-    return MoveNext();
+    // A record longer than the 16-bit length field can state lies as far as its fields reach.
+    const std::int64_t lStride = m_nRecordBytes > 0xFFFF ? static_cast<std::int64_t>(m_nRecordBytes)
+                                                         : std::int64_t{m_iRecordLength};
+    m_oFile.Seek(std::int64_t{m_iHeaderLength} + lStride * (std::int64_t{lRecord} - 1));
+    return ReadRecord(false);
 }
 
 std::int32_t tnwDBFDecoder::FindColumnValue(std::string_view sColumn, std::string_view sValue) {
@@ -343,15 +417,15 @@ std::int32_t tnwDBFDecoder::FindColumnValue(std::string_view sColumn, std::strin
         const auto oColumn = m_oColumns->Item(sColumn);
         if (!oColumn) return;
         const std::string sWanted = FoldCase(sValue);
-        // A failed MoveFirst leaves the values of some other record: nothing to compare.
-        const Variant vFirst = MoveFirst();
-        if (!vFirst.As<bool>()) return;
-        for (std::int32_t lRow = 1; !Eof(); ++lRow) {
+        // MoveFirst's steps without its silent ending, so that a closed table or a failed
+        // read is reported here.
+        m_oFile.Seek(m_iHeaderLength);
+        m_lCurrentRecord = 0;
+        for (MoveNext(); !Eof(); MoveNext()) {
             if (FoldCase(oColumn->Value().ToText()) == sWanted) {
-                lFound = lRow;
+                lFound = static_cast<std::int32_t>(m_lCurrentRecord);
                 return;
             }
-            MoveNext();
         }
     });
     return lFound;

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "core/Enums.h"
 #include "core/GISLib.h"
 #include "core/Variant.h"
+#include "platform/CodePage.h"
 #include "platform/File.h"
 
 namespace tnw {
@@ -50,22 +52,39 @@ public:
     Variant MoveFirst();
     // Reads the next record; false past the last one. Read errors pass to the caller.
     bool MoveNext();
-    // Off by default: a logical field assigns only a true text, and a blank or unreadable date
-    // assigns nothing, so the value of the record before stays; a blank number reads as 0. On,
-    // every field sets its column at every record: a logical field true or false ("F", "f",
-    // "N", "n", "0" are false), and a blank number, a blank or unreadable date and any other
-    // logical text the empty value.
-    bool EveryFieldSets() const { return m_bEveryFieldSets; }
-    void SetEveryFieldSets(bool bEvery) { m_bEveryFieldSets = bEvery; }
-
     // "KEY~C~20~0~|RATE~N~10~3~": key, type letter, width and decimals of each field.
     const std::string& Schema() const { return m_sSchema; }
     // The 1-based number of the first record whose value in column sColumn equals sValue,
     // ignoring case, or 0. Scans from the top and leaves the cursor on the match.
     std::int32_t FindColumnValue(std::string_view sColumn, std::string_view sValue);
     // Reads record lRecord (1-based) by its place in the file; false past the last record and
-    // below 1, both without reading.
+    // below 1, both without reading. A deleted record is read too (see Deleted).
     bool MoveToRecord(std::int32_t lRecord);
+
+    // Extensions, all off by default, for hosts that must not change a value in passing.
+    // NULL-aware reading: every field sets its column at every record, so nothing stays from
+    // the record before. A blank, "*" or "?" field, or one whose text is no value of its type
+    // (a number without digits, a date that names no real day, a logical other than T, Y, F,
+    // N, 0 or -1), gives the empty value instead of 0 or the previous value; a logical "F",
+    // "N" or "0" gives false.
+    bool EveryFieldSets() const { return m_bEveryFieldSets; }
+    void SetEveryFieldSets(bool bEvery) { m_bEveryFieldSets = bEvery; }
+    // MoveFirst and MoveNext pass over records marked deleted ("*" in the flag byte).
+    bool SkipDeleted() const { return m_bSkipDeleted; }
+    void SetSkipDeleted(bool bSkip) { m_bSkipDeleted = bSkip; }
+    // True when the current record is marked deleted.
+    bool Deleted() const { return m_bDeleted; }
+    // With EveryFieldSets only: the keys of the current record's columns whose field held a text
+    // that is no value of its type (not a blank or a NULL mark), so that a host can say what it
+    // lost.
+    const std::vector<std::string>& UnreadableColumns() const { return m_vUnreadable; }
+    // The code page of the table's names and text; nothing means the process-wide one.
+    std::optional<platform::CodePage> TextCodePage() const { return m_eTextCodePage; }
+    void SetTextCodePage(std::optional<platform::CodePage> eCodePage) {
+        m_eTextCodePage = eCodePage;
+    }
+    // The language driver byte of the header (offset 29): 0 when the table names none.
+    std::uint8_t LanguageDriver() const { return m_byLanguageDriver; }
 
 private:
     // One field of a record: where its bytes lie behind the flag byte and the column that
@@ -80,13 +99,22 @@ private:
     std::int32_t OpenFile();
     void ReadFieldList();
     void AddField(const unsigned char* pDescriptor);
+    // Reads the record at the file's position into the columns; with bSkipDeleted, records
+    // marked deleted are passed over.
+    bool ReadRecord(bool bSkipDeleted);
     void SetValue(const Field& tField, std::string_view sText);
+    void SetEveryFieldValue(const Field& tField, std::string_view sText);
+    platform::CodePage CodePageInUse() const {
+        return m_eTextCodePage.value_or(platform::NarrowCodePage());
+    }
     void ReadGeometryFields(std::string_view sRecord);
     std::string_view FieldText(std::string_view sRecord, std::int32_t lField) const;
 
     std::int32_t m_lRecordCount = 0;
-    std::int16_t m_iHeaderLength = 0;
-    std::int16_t m_iRecordLength = 0;
+    // Both lengths are read as unsigned 16-bit numbers: writers that allow more than 1,022
+    // fields, or records past 32,767 bytes, use all 16 bits.
+    std::int32_t m_iHeaderLength = 0;
+    std::int32_t m_iRecordLength = 0;
     platform::InputFile m_oFile;
     std::shared_ptr<tnwColumns> m_oColumns;
     std::string m_sFilename;
@@ -105,6 +133,12 @@ private:
 
     std::vector<Field> m_vFields;
     std::size_t m_nRecordBytes = 1;  // a record's bytes: the flag and the fields
+
+    bool m_bSkipDeleted = false;
+    bool m_bDeleted = false;
+    std::vector<std::string> m_vUnreadable;
+    std::optional<platform::CodePage> m_eTextCodePage;
+    std::uint8_t m_byLanguageDriver = 0;
 };
 
 }  // namespace tnw

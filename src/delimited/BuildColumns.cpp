@@ -2,8 +2,10 @@
 // text columns otherwise; longitude and latitude cells become the position fields.
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "core/Error.h"
+#include "core/KeyedList.h"
 #include "core/Services.h"
 #include "delimited/tnwASCIIDecoder.h"
 #include "platform/CodePage.h"
@@ -44,14 +46,17 @@ Variant tnwASCIIDecoder::AutoGenColumns(TNW_Encoders_AutoGenFlags /*eFlags: not 
 bool tnwASCIIDecoder::ColumnsFromString(const std::string& sHeader,
                                         const std::string& sDelimiterIn) {
     // The fields are views into the narrow header, which must outlive them.
-    const std::string sNarrow = platform::ToNarrow(sHeader);
+    std::string sNarrow;
+    platform::AppendNarrow(sNarrow, sHeader, CodePageInUse());
+    std::string sNarrowDelimiter;
+    platform::AppendNarrow(sNarrowDelimiter, sDelimiterIn, CodePageInUse());
     LineFields aNarrow;
-    ParseLine(sNarrow, platform::ToNarrow(sDelimiterIn), aNarrow);
+    ParseLine(sNarrow, sNarrowDelimiter, aNarrow);
     FieldArray aHeaders;
     if (aNarrow.HasSize()) {
         aHeaders.Resize(0);
         for (std::int32_t i = 0; i <= aNarrow.UBound(); ++i) {
-            platform::AppendFromNarrow(aHeaders.Append(), aNarrow.Item(i));
+            platform::AppendFromNarrow(aHeaders.Append(), aNarrow.Item(i), CodePageInUse());
         }
     }
     return BuildColumns(aHeaders);
@@ -64,6 +69,7 @@ bool tnwASCIIDecoder::BuildColumns(const FieldArray& aHeaders) {
         oColumns->Clear();
         auto oUnits = CreateAs<tnwUOMFactory>(kProgIdUOMFactory, "Missing Component");
         const std::int32_t lLast = aHeaders.UBound();  // error 9 for a header with no size
+        std::unordered_map<std::string, std::int32_t> mNextCounter;  // by folded name
         for (std::int32_t i = 0; i <= lLast; ++i) {
             std::string_view sName = TrimBlanks(aHeaders.Item(i));
             std::int32_t lUnit = 0;
@@ -86,15 +92,21 @@ bool tnwASCIIDecoder::BuildColumns(const FieldArray& aHeaders) {
             } else if (sLower == "y" || sLower == "latitude") {
                 SetLatCol(i + 1);
             } else if (!sName.empty()) {
-                // Rate, Rate_1, Rate_2...: Add refuses a key the list has already.
+                // Rate, Rate_1, Rate_2...: Add refuses a key the list has already. Keys are
+                // only added here, so a name goes on from the counter where it last stopped:
+                // a name repeated n times costs n tries, not n squared.
+                std::int32_t& lNext = mNextCounter[FoldCase(sName)];
+                std::string sKey = lNext == 0 ? std::string(sName)
+                                              : std::string(sName) + "_" + std::to_string(lNext);
                 std::shared_ptr<tnwColumn> oColumn;
-                std::string sKey(sName);
-                for (std::int32_t lCounter = 1; !oColumn; ++lCounter) {
+                for (;;) {
                     oColumn = lUnit == 0 ? oColumns->Add(sKey, "", "", vtString, 254, 0, 0, 1,
                                                          kNoUnit, "", true, true)
                                          : oColumns->Add(sKey, "", "", vtDouble, 16, 4,
                                                          tnwFlagNumeric, 1, lUnit, "", true, true);
-                    sKey = std::string(sName) + "_" + std::to_string(lCounter);
+                    ++lNext;
+                    if (oColumn) break;
+                    sKey = std::string(sName) + "_" + std::to_string(lNext);
                 }
                 oColumn->SetPosition(i + 1);
             }

@@ -29,7 +29,13 @@ void tnwASCIIDecoder::SetFilename(const std::string& sFilenameIn) {
 
 void tnwASCIIDecoder::SetDelimiter(const std::string& sDelimiterIn) {
     sDelimiter = sDelimiterIn;
-    m_sNarrowDelimiter = platform::ToNarrow(sDelimiter);
+    m_sNarrowDelimiter.clear();
+    platform::AppendNarrow(m_sNarrowDelimiter, sDelimiter, CodePageInUse());
+}
+
+void tnwASCIIDecoder::SetTextCodePage(std::optional<platform::CodePage> eCodePage) {
+    m_eTextCodePage = eCodePage;
+    SetDelimiter(sDelimiter);  // the delimiter's bytes follow the code page
 }
 
 void tnwASCIIDecoder::SetLonCol(std::int32_t lColumn) {
@@ -79,7 +85,7 @@ std::string tnwASCIIDecoder::WKT() const {
 }
 
 std::string tnwASCIIDecoder::CurrentLine() const {
-    return platform::FromNarrow(sCurrentLine);
+    return platform::FromNarrow(sCurrentLine, CodePageInUse());
 }
 
 double tnwASCIIDecoder::PercentComplete() const {
@@ -99,10 +105,20 @@ void tnwASCIIDecoder::OpenFile() {
         lFileLength = FileUtility()->FileLength(sFilename);
         lBytesRead = 0;
         m_oFile.Open(sFilename);
+        lBytesRead += PassByteOrderMark();
     } catch (...) {
         m_oFile.Close();
         throw Error(errCantAccessSource, "tnwDelimAscii.OpenFile", "Can't access source file");
     }
+}
+
+std::int64_t tnwASCIIDecoder::PassByteOrderMark() {
+    if (!m_bSkipByteOrderMark) return 0;
+    static constexpr char kMark[] = "\xEF\xBB\xBF";
+    const std::string_view sStart = m_oFile.ReadView(3);
+    if (sStart == kMark) return 3;
+    m_oFile.Seek(0);
+    return 0;
 }
 
 bool tnwASCIIDecoder::ReadLine(std::string& sLine, std::int64_t& nBytes) {
@@ -166,7 +182,7 @@ void tnwASCIIDecoder::ReadRow() {
     lRecordID = 0;
     if (lLonCol > 0) dLongitude = TextToNumber(m_aFields.Item(lLonCol - 1));
     if (lLatCol > 0) dLatitude = TextToNumber(m_aFields.Item(lLatCol - 1));
-    if (lWKTCol > 0) sWKT = platform::FromNarrow(m_aFields.Item(lWKTCol - 1));
+    if (lWKTCol > 0) sWKT = platform::FromNarrow(m_aFields.Item(lWKTCol - 1), CodePageInUse());
     if (lRecordIDCol > 0) lRecordID = RoundToLong(TextToNumber(m_aFields.Item(lRecordIDCol - 1)));
 
     for (const auto& oColumn : oColumns->Items()) {
@@ -178,7 +194,9 @@ void tnwASCIIDecoder::ReadRow() {
         if (oColumn->Type() == vtString) {
             const std::int16_t iSize = oColumn->Size();
             if (iSize < 0) RaiseInvalidCall();
-            oColumn->SetValue(Variant(platform::FromNarrow(sField.substr(0, std::size_t(iSize)))));
+            oColumn->SetValue(Variant(platform::FromNarrow(
+                platform::CharPrefix(sField, std::size_t(iSize), CodePageInUse()),
+                CodePageInUse())));
         } else {
             oColumn->SetValue(Variant(TextToNumber(sField)));
         }
@@ -190,6 +208,7 @@ FieldArray tnwASCIIDecoder::ReadHeaders(std::int32_t lRow) {
     try {
         CloseFile();
         m_oFile.Open(sFilename);
+        PassByteOrderMark();
         std::int64_t nBytes = 0;  // ReadHeaders leaves the byte count alone
         bool bMore = true;
         for (std::int32_t i = 1; i < lRow && bMore; ++i)
@@ -199,7 +218,8 @@ FieldArray tnwASCIIDecoder::ReadHeaders(std::int32_t lRow) {
             if (m_aFields.HasSize()) {
                 aHeaders.Resize(0);
                 for (std::int32_t i = 0; i <= m_aFields.UBound(); ++i) {
-                    platform::AppendFromNarrow(aHeaders.Append(), m_aFields.Item(i));
+                    platform::AppendFromNarrow(aHeaders.Append(), m_aFields.Item(i),
+                                               CodePageInUse());
                 }
             }
         }

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,7 @@
 #include "core/Variant.h"
 #include "decoders/tnwDBFDecoder.h"
 #include "delimited/FieldArray.h"
+#include "platform/CodePage.h"
 #include "platform/File.h"
 
 namespace tnw {
@@ -87,12 +89,27 @@ public:
     // Linux and macOS. PercentComplete then counts the bytes actually read.
     bool LineFeedEndsLine() const { return m_bLineFeedEndsLine; }
     void SetLineFeedEndsLine(bool bEnds) { m_bLineFeedEndsLine = bEnds; }
+    // Extension, off by default: a UTF-8 byte-order mark at the start of the file is passed
+    // over (it counts towards PercentComplete), so that it doesn't become part of the first
+    // field.
+    bool SkipByteOrderMark() const { return m_bSkipByteOrderMark; }
+    void SetSkipByteOrderMark(bool bSkip) { m_bSkipByteOrderMark = bSkip; }
+    // Extension: the code page of the file's text, nothing (the default) for the process-wide
+    // narrow code page. With UTF-8, a text column's Size counts characters, not bytes.
+    std::optional<platform::CodePage> TextCodePage() const { return m_eTextCodePage; }
+    void SetTextCodePage(std::optional<platform::CodePage> eCodePage);
 
 private:
     // Run-time error 5, "Invalid procedure call or argument": a width or count below 0.
     [[noreturn]] static void RaiseInvalidCall();
 
     void OpenFile();
+    // Passes over a byte-order mark at the start of the open file when SkipByteOrderMark is
+    // set; gives the bytes passed over.
+    std::int64_t PassByteOrderMark();
+    platform::CodePage CodePageInUse() const {
+        return m_eTextCodePage.value_or(platform::NarrowCodePage());
+    }
     // The next line into sLine; false at the end of the file. nBytes gets what the line
     // counts towards PercentComplete.
     bool ReadLine(std::string& sLine, std::int64_t& nBytes);
@@ -139,6 +156,8 @@ private:
     std::int64_t lBytesRead = 0;
 
     bool m_bLineFeedEndsLine = false;
+    bool m_bSkipByteOrderMark = false;
+    std::optional<platform::CodePage> m_eTextCodePage;
     LineFields m_aFields;    // the current row's fields, good until the next line is read
     std::string m_sSkipped;  // lines read and dropped
 };

@@ -157,9 +157,11 @@ void tnwASCIIEncoder::BuildRecord() {
     if (bIncludeLonLat) {
         bSeparator = true;
         if (auto oPoint = std::dynamic_pointer_cast<IPoint>(oGeometry)) {
-            AppendNumberText(m_sLine, RoundHalfEven(oPoint->X(), kLonLatDecimals));
+            const double dX = oPoint->X();
+            const double dY = oPoint->Y();
+            AppendNumberText(m_sLine, m_bExactLonLat ? dX : RoundHalfEven(dX, kLonLatDecimals));
             platform::AppendNarrow(m_sLine, sDelimiter);
-            AppendNumberText(m_sLine, RoundHalfEven(oPoint->Y(), kLonLatDecimals));
+            AppendNumberText(m_sLine, m_bExactLonLat ? dY : RoundHalfEven(dY, kLonLatDecimals));
         } else {
             platform::AppendNarrow(m_sLine, sDelimiter);
         }
@@ -168,6 +170,7 @@ void tnwASCIIEncoder::BuildRecord() {
     for (const auto& oColumn : oColumns->Items()) {
         if (!IsWritten(*oColumn)) continue;
         AppendSeparator(bSeparator);
+        if (m_bBlankEmptyValues && oColumn->Value().IsEmpty()) continue;
         if (oColumn->Type() == vtString) {
             m_sLine += '"';
             platform::AppendNarrow(m_sLine, oColumn->Text());

@@ -50,6 +50,14 @@ public:
     void SetIncludeLonLat(bool bIncludeLonLatIn) { bIncludeLonLat = bIncludeLonLatIn; }
     bool IncludeInvisible() const { return bIncludeInvisible; }
     void SetIncludeInvisible(bool bIncludeInvisibleIn) { bIncludeInvisible = bIncludeInvisibleIn; }
+    // Extension, off by default: an empty value is written as an empty cell, with no quotes,
+    // instead of " 0" or "", so that a reader sees it as missing.
+    bool BlankEmptyValues() const { return m_bBlankEmptyValues; }
+    void SetBlankEmptyValues(bool bBlank) { m_bBlankEmptyValues = bBlank; }
+    // Extension, off by default: IncludeLonLat writes the point's X and Y as their number text,
+    // all 15 digits, instead of rounded to 7 decimal places.
+    bool ExactLonLat() const { return m_bExactLonLat; }
+    void SetExactLonLat(bool bExact) { m_bExactLonLat = bExact; }
     // The name actually opened, ".txt" added where the given name had no extension.
     const std::string& Filename() const { return sFilename; }
 
@@ -83,6 +91,8 @@ private:
     bool bIncludeLonLat = false;
     std::string sFilename;
     bool bIncludeInvisible = false;
+    bool m_bBlankEmptyValues = false;
+    bool m_bExactLonLat = false;
     std::string m_sLine;  // the line being built, reused so that records allocate nothing
 };
 

@@ -99,11 +99,14 @@ void SetNarrowCodePage(CodePage eCodePage) {
 }
 
 void AppendNarrow(std::string& sOut, std::string_view sUtf8) {
-    if (IsAscii(sUtf8)) {
+    AppendNarrow(sOut, sUtf8, NarrowCodePage());
+}
+
+void AppendNarrow(std::string& sOut, std::string_view sUtf8, CodePage eCodePage) {
+    if (eCodePage == CodePage::Utf8 || IsAscii(sUtf8)) {
         sOut.append(sUtf8);
         return;
     }
-    const CodePage eCodePage = NarrowCodePage();
     for (std::size_t i = 0; i < sUtf8.size();) {
         int b = ByteOfChar(DecodeUtf8(sUtf8, i), eCodePage);
         sOut.push_back(b < 0 ? '?' : static_cast<char>(b));
@@ -117,19 +120,56 @@ std::string ToNarrow(std::string_view sUtf8) {
 }
 
 void AppendFromNarrow(std::string& sOut, std::string_view sNarrow) {
+    AppendFromNarrow(sOut, sNarrow, NarrowCodePage());
+}
+
+void AppendFromNarrow(std::string& sOut, std::string_view sNarrow, CodePage eCodePage) {
     if (IsAscii(sNarrow)) {
         sOut.append(sNarrow);
         return;
     }
-    const CodePage eCodePage = NarrowCodePage();
-    for (char c : sNarrow)
-        AppendUtf8(sOut, CharOfByte(static_cast<unsigned char>(c), eCodePage));
+    if (eCodePage != CodePage::Utf8) {
+        for (char c : sNarrow)
+            AppendUtf8(sOut, CharOfByte(static_cast<unsigned char>(c), eCodePage));
+        return;
+    }
+    // Valid sequences pass whole; a stray byte is read as Windows-1252, so nothing is lost.
+    for (std::size_t i = 0; i < sNarrow.size();) {
+        const std::size_t nStart = i;
+        if (DecodeUtf8(sNarrow, i) == 0xFFFD && i - nStart == 1 &&
+            static_cast<unsigned char>(sNarrow[nStart]) >= 0x80) {
+            AppendUtf8(sOut, CharOfByte(static_cast<unsigned char>(sNarrow[nStart]),
+                                        CodePage::Windows1252));
+        } else {
+            sOut.append(sNarrow.substr(nStart, i - nStart));
+        }
+    }
 }
 
 std::string FromNarrow(std::string_view sNarrow) {
+    return FromNarrow(sNarrow, NarrowCodePage());
+}
+
+std::string FromNarrow(std::string_view sNarrow, CodePage eCodePage) {
     std::string s;
-    AppendFromNarrow(s, sNarrow);
+    AppendFromNarrow(s, sNarrow, eCodePage);
     return s;
+}
+
+bool IsValidUtf8(std::string_view sBytes) {
+    for (std::size_t i = 0; i < sBytes.size();) {
+        const std::size_t nStart = i;
+        if (DecodeUtf8(sBytes, i) == 0xFFFD && i - nStart == 1) return false;
+    }
+    return true;
+}
+
+std::string_view CharPrefix(std::string_view sText, std::size_t nChars, CodePage eCodePage) {
+    if (eCodePage != CodePage::Utf8) return sText.substr(0, nChars);
+    std::size_t i = 0;
+    for (std::size_t n = 0; n < nChars && i < sText.size(); ++n)
+        DecodeUtf8(sText, i);
+    return sText.substr(0, i);
 }
 
 }  // namespace tnw::platform

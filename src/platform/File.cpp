@@ -258,9 +258,10 @@ bool InputFile::AtEnd() {
 }
 
 bool InputFile::ReadLine(std::string& sLine, LineEnds eEnds, std::size_t& nConsumed) {
-    sLine.clear();
     nConsumed = 0;
+    // At the end the caller's line stays as it was: it is the last line read.
     if (!Fill()) return false;
+    sLine.clear();
     for (;;) {
         const char* pBegin = m_pBuffer.get() + m_nStart;
         const char* pEnd = m_pBuffer.get() + m_nEnd;

@@ -28,19 +28,25 @@ std::int32_t FieldByte(std::int16_t iValue) {
 }
 
 // Fits the text appended to sRecord from nAt to nSize bytes, right-aligned: cut on the left,
-// filled with blanks on the left.
-void FitRight(std::string& sRecord, std::size_t nAt, std::size_t nSize) {
+// filled with blanks on the left. False when characters other than the blank that number text
+// puts in front were cut.
+bool FitRight(std::string& sRecord, std::size_t nAt, std::size_t nSize) {
     const std::size_t nLength = sRecord.size() - nAt;
     if (nLength < nSize) {
         sRecord.insert(nAt, nSize - nLength, ' ');
-    } else {
-        sRecord.erase(nAt, nLength - nSize);
+        return true;
     }
+    const std::size_t nCut = nLength - nSize;
+    const bool bWhole = nCut == 0 || (nCut == 1 && sRecord[nAt] == ' ');
+    sRecord.erase(nAt, nCut);
+    return bWhole;
 }
 
 // The same, left-aligned: cut on the right, filled with blanks on the right.
-void FitLeft(std::string& sRecord, std::size_t nAt, std::size_t nSize) {
+bool FitLeft(std::string& sRecord, std::size_t nAt, std::size_t nSize) {
+    const bool bWhole = sRecord.size() - nAt <= nSize;
     sRecord.resize(nAt + nSize, ' ');
+    return bWhole;
 }
 
 }  // namespace
@@ -105,12 +111,13 @@ void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
     tHeader.iRecordLength = static_cast<std::int16_t>(lRecordLength);
 }
 
-void WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn) {
-    if (IsGeometryColumn(oColumn)) return;
+bool WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn, bool bBlankEmpty) {
+    if (IsGeometryColumn(oColumn)) return true;
     const auto nSize = static_cast<std::size_t>(FieldByte(oColumn.Size()));
     const Variant& vValue = oColumn.Value();
     // Each value's text goes straight into the record and is fitted to the field there.
     const std::size_t nAt = sRecord.size();
+    if (bBlankEmpty && vValue.IsEmpty()) return FitLeft(sRecord, nAt, nSize);
     switch (oColumn.Type()) {
         case vtString:
             // A text value is its own text; other values take the column's.
@@ -119,21 +126,17 @@ void WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn) {
             } else {
                 platform::AppendNarrow(sRecord, oColumn.Text());
             }
-            FitLeft(sRecord, nAt, nSize);
-            return;
+            return FitLeft(sRecord, nAt, nSize);
         case vtBoolean:
             sRecord += vValue.EqualsTrue() ? 'Y' : 'N';
-            FitLeft(sRecord, nAt, nSize);
-            return;
+            return FitLeft(sRecord, nAt, nSize);
         case vtDate:
             sRecord += FormatYYYYMMDD(vValue.ToDate());
-            FitRight(sRecord, nAt, nSize);
-            return;
+            return FitRight(sRecord, nAt, nSize);
         default:
             // Never rounded to Precision: the number keeps the digits of its text.
             AppendNumberText(sRecord, vValue);
-            FitRight(sRecord, nAt, nSize);
-            return;
+            return FitRight(sRecord, nAt, nSize);
     }
 }
 

@@ -44,7 +44,8 @@ bool IsGeometryColumn(const tnwColumn& oColumn);
 void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
                           const tnwColumn& oColumn);
 
-// Appends the column's current value to sRecord, exactly Size bytes.
-void WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn);
+// Appends the column's current value to sRecord, exactly Size bytes. With bBlankEmpty an empty
+// value is a blank field. False when the value's text did not fit and was cut.
+bool WriteFieldValue(std::string& sRecord, const tnwColumn& oColumn, bool bBlankEmpty = false);
 
 }  // namespace tnw::detail

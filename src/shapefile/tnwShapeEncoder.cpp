@@ -359,9 +359,13 @@ void tnwShapeEncoder::StageDbfRecord() {
     if (m_tDbfHeader.lRecordCount == kMaxLong) Raise(errOverflow);
     m_sDbfRecord.clear();
     m_sDbfRecord.push_back(detail::kDbfRecordFlag);
+    m_vCutColumns.clear();
     for (const auto& oColumn : m_oColumns->Items()) {
         if (!oColumn) Raise(errObjectNotSet);
-        if (IsOutputColumn(*oColumn)) detail::WriteFieldValue(m_sDbfRecord, *oColumn);
+        if (IsOutputColumn(*oColumn) &&
+            !detail::WriteFieldValue(m_sDbfRecord, *oColumn, m_bBlankEmptyValues)) {
+            m_vCutColumns.push_back(oColumn->Key());
+        }
     }
     // The output columns must not change after the descriptors went out.
     if (m_sDbfRecord.size() != static_cast<std::size_t>(m_tDbfHeader.iRecordLength))

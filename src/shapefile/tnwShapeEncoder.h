@@ -61,6 +61,13 @@ public:
     // Must have its final value before InitializeFile: it decides the fields of the table.
     bool IncludeInvisible() const { return m_bIncludeInvisible; }
     void SetIncludeInvisible(bool bIncludeInvisible) { m_bIncludeInvisible = bIncludeInvisible; }
+    // Extension, off by default: an empty value is written as a blank field instead of " 0",
+    // "N" or "18991230", so that readers see it as missing.
+    bool BlankEmptyValues() const { return m_bBlankEmptyValues; }
+    void SetBlankEmptyValues(bool bBlank) { m_bBlankEmptyValues = bBlank; }
+    // The keys of the columns whose value did not fit its field in the last record staged for
+    // the table, in column order; the fitted text went out as the table's format says.
+    const std::vector<std::string>& CutColumns() const { return m_vCutColumns; }
     // Writes one record from the held geometry (or, on a point set with bForceGeometry False,
     // the stored point) and the columns' current values. True when a .dbf record was written.
     bool Update2(bool bForceGeometry = false);
@@ -144,6 +151,8 @@ private:
     std::shared_ptr<tnwProjection> m_oProjection;
     std::string m_sFilename;
     bool m_bIncludeInvisible = false;
+    bool m_bBlankEmptyValues = false;
+    std::vector<std::string> m_vCutColumns;
     bool m_bExportCentroids = false;
     std::shared_ptr<tnwGISCallback> m_oCallback;
 

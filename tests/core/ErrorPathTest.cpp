@@ -19,212 +19,159 @@ namespace tnw {
 namespace {
 
 using test::ScopedCapture;
-
-const std::string kTitle = "Debug Mode Error Handler (tnwtest)";
+using Events = std::vector<std::string>;
+const Error kError(53, "src", "File not found");
 
 TEST(ErrorPath, HandlerGetsSevenArgumentsInOrderThenTheBox) {
     ScopedCapture capture(1);
     mLog::ErrorLog("tnwASCIIDecoder.MoveNext", Error(53, "tnwEncoders", "File not found"));
-    ASSERT_EQ(capture.vReports.size(), 1u);
-    const auto& r = capture.vReports[0];
-    EXPECT_EQ(r.sApplication, "tnwtest");
-    EXPECT_EQ(r.sVersion, "1.2.3");
-    EXPECT_EQ(r.sSource, "tnwASCIIDecoder.MoveNext");
-    EXPECT_EQ(r.lNumber, 53);
-    EXPECT_EQ(r.sErrSource, "tnwEncoders");
-    EXPECT_EQ(r.sDescription, "File not found");
-    EXPECT_EQ(r.sMoreInfo, "");
-    EXPECT_EQ(capture.vEvents, (std::vector<std::string>{"report", "box"}));
-    ASSERT_EQ(capture.vBoxes.size(), 1u);
-    EXPECT_EQ(capture.vBoxes[0].sTitle, kTitle);
-    EXPECT_EQ(capture.vBoxes[0].eIcon, platform::MsgIcon::Exclamation);
-    EXPECT_EQ(capture.vBoxes[0].sText,
-              "Error:  53\r\n"
-              "Source: tnwASCIIDecoder.MoveNext::tnwEncoders.\r\n"
-              "Description: File not found");
-}
-
-TEST(ErrorPath, BoxNumberTextAndEmptyErrorSource) {
-    ScopedCapture capture(1);
     mLog::ErrorLog("tnwGPLEncoder.Update", Error(errCantAccessSource, "", "Cannot open"));
-    mLog::ErrorLog("tnwGPLEncoder.Update", Error(-1, "x", "d"));
-    mLog::ErrorLog("tnwGPLEncoder.Update", Error(0, "x", "d"));
-    ASSERT_EQ(capture.vBoxes.size(), 3u);
-    EXPECT_EQ(capture.vBoxes[0].sText,
-              "Error:  80040005\r\nSource: tnwGPLEncoder.Update::.\r\nDescription: Cannot open");
-    EXPECT_EQ(capture.vBoxes[1].sText.substr(0, 18), "Error:  FFFFFFFF\r\n");
-    EXPECT_EQ(capture.vBoxes[2].sText.substr(0, 11), "Error:  0\r\n");
-    EXPECT_EQ(capture.vReports[0].lNumber, static_cast<std::int32_t>(0x80040005u));
+    mLog::ErrorLog("c.Op", Error(-1, "x", "d"));
+    mLog::ErrorLog("c.Op", Error(0, "x", "d"));
+    ASSERT_EQ(capture.vReports.size(), 4u);
+    const auto& r = capture.vReports[0];
+    EXPECT_EQ(std::tuple(r.sApplication, r.sVersion, r.sSource, r.lNumber, r.sErrSource,
+                         r.sDescription, r.sMoreInfo),
+              std::tuple("tnwtest", "1.2.3", "tnwASCIIDecoder.MoveNext", 53, "tnwEncoders",
+                         "File not found", ""));
+    EXPECT_EQ(capture.vEvents,
+              (Events{"report", "box", "report", "box", "report", "box", "report", "box"}));
+    EXPECT_EQ(capture.vBoxes[0].sTitle, "Debug Mode Error Handler (tnwtest)");
+    EXPECT_EQ(capture.vBoxes[0].eIcon, platform::MsgIcon::Exclamation);
+    // The number in hexadecimal when negative; an empty error source stays empty.
+    const char* aTexts[] = {
+        "Error:  53\r\nSource: tnwASCIIDecoder.MoveNext::tnwEncoders.\r\nDescription: File not "
+        "found",
+        "Error:  80040005\r\nSource: tnwGPLEncoder.Update::.\r\nDescription: Cannot open",
+        "Error:  FFFFFFFF\r\nSource: c.Op::x.\r\nDescription: d",
+        "Error:  0\r\nSource: c.Op::x.\r\nDescription: d"};
+    for (std::size_t i = 0; i < std::size(aTexts); ++i)
+        EXPECT_EQ(capture.vBoxes[i].sText, aTexts[i]);
 }
 
 TEST(ErrorPath, MoreInfoIsCutAfter750Characters) {
     ScopedCapture capture(1);
     const std::string sHead = "Error:  5\r\nSource: s::e.\r\nDescription: d\r\n\r\nMore Info: ";
-    std::string sAccents;  // 751 two-byte letters
+    std::string sAccents;  // 751 two-byte letters: characters count, not bytes
     for (int i = 0; i < 751; ++i)
         sAccents += "\xC3\xA9";
     const std::string sAccents750 = sAccents.substr(0, 1500);
-    mLog::AddToErrorLog("s", 5, "e", "d", "short", -1);
-    mLog::AddToErrorLog("s", 5, "e", "d", std::string(750, 'x'), -1);
-    mLog::AddToErrorLog("s", 5, "e", "d", std::string(751, 'y'), -1);
-    mLog::AddToErrorLog("s", 5, "e", "d", sAccents750, -1);
-    mLog::AddToErrorLog("s", 5, "e", "d", sAccents, -1);
-    ASSERT_EQ(capture.vBoxes.size(), 5u);
-    EXPECT_EQ(capture.vBoxes[0].sText, sHead + "short");
-    // Long texts are compared without printing them.
-    EXPECT_TRUE(capture.vBoxes[1].sText == sHead + std::string(750, 'x')) << "750 stays whole";
-    EXPECT_TRUE(capture.vBoxes[2].sText == sHead + std::string(750, 'y') + " ...more... ")
-        << "751 is cut to 750";
-    // Characters count, not bytes: 750 two-byte letters stay whole, 751 are cut to 750.
-    EXPECT_TRUE(capture.vBoxes[3].sText == sHead + sAccents750) << "750 letters stay whole";
-    EXPECT_TRUE(capture.vBoxes[4].sText == sHead + sAccents750 + " ...more... ")
-        << "751 letters are cut to 750";
-    // The handler gets the full text.
-    EXPECT_TRUE(capture.vReports[2].sMoreInfo == std::string(751, 'y'));
+    const std::pair<std::string, std::string> aCases[] = {
+        {"short", "short"},
+        {std::string(750, 'x'), std::string(750, 'x')},
+        {std::string(751, 'y'), std::string(750, 'y') + " ...more... "},
+        {sAccents750, sAccents750},
+        {sAccents, sAccents750 + " ...more... "}};
+    for (const auto& [sMore, sShown] : aCases) {
+        capture.vBoxes.clear();
+        mLog::AddToErrorLog("s", 5, "e", "d", sMore, -1);
+        ASSERT_EQ(capture.vBoxes.size(), 1u);
+        EXPECT_TRUE(capture.vBoxes[0].sText == sHead + sShown) << sShown.size() << " bytes shown";
+        EXPECT_TRUE(capture.vReports.back().sMoreInfo == sMore) << "the handler gets it all";
+    }
 }
 
-TEST(ErrorPath, DisplayArgumentOverridesTheDebugMode) {
-    ScopedCapture capture(1);
-    mLog::AddToErrorLog("s", 5, "e", "d", "", 0);
-    EXPECT_EQ(capture.vEvents, (std::vector<std::string>{"report"}));
-    capture.mUser["Tarnwick/Common/ConDebug"] = Variant(std::int32_t{0});
-    mLog::AddToErrorLog("s", 5, "e", "d", "", 7);
-    EXPECT_EQ(capture.vEvents, (std::vector<std::string>{"report", "report", "box"}));
-}
-
+// The mode: the user's setting, else the machine's, else 0; 2 shows without raising, 1 and
+// the rest show and raise, 0 raises only; Display overrides it; it is read for each report.
 TEST(ErrorPath, DebugModes) {
-    const Error oError(53, "src", "File not found");
-    {
-        ScopedCapture capture(0, 1);  // the user's 0 hides the machine's 1
-        EXPECT_THROW(mLog::ErrorLog("c.Op", oError, "", true), Error);
-        EXPECT_TRUE(capture.vBoxes.empty());
+    struct Case {
+        std::int32_t lUser, lMachine;  // -99: not set
+        bool bBox, bRaised;
+    };
+    for (const Case& t : {Case{0, 1, false, true}, Case{2, 0, true, false}, Case{1, 0, true, true},
+                          Case{3, 0, true, true}, Case{-1, 0, true, true},
+                          Case{-99, 2, true, false}, Case{-99, -99, false, true}}) {
+        SCOPED_TRACE(std::to_string(t.lUser) + "/" + std::to_string(t.lMachine));
+        ScopedCapture capture(t.lUser, t.lMachine);
+        if (t.lUser == -99) capture.mUser.clear();
+        if (t.lMachine == -99) capture.mMachine.clear();
+        bool bRaised = false;
+        try {
+            mLog::ErrorLog("c.Op", kError, "", true);
+        } catch (const Error&) {
+            bRaised = true;
+        }
+        EXPECT_EQ(std::pair(capture.vBoxes.size(), bRaised),
+                  std::pair(std::size_t{t.bBox}, t.bRaised));
         EXPECT_EQ(capture.vReports.size(), 1u);
     }
-    {
-        ScopedCapture capture(2);
-        EXPECT_NO_THROW(mLog::ErrorLog("c.Op", oError, "", true));
-        EXPECT_EQ(capture.vBoxes.size(), 1u);
-    }
-    for (std::int32_t lMode : {1, 3, -1}) {
-        ScopedCapture capture(lMode);
-        EXPECT_THROW(mLog::ErrorLog("c.Op", oError, "", true), Error) << lMode;
-        EXPECT_EQ(capture.vBoxes.size(), 1u) << lMode;
-    }
-    {
-        ScopedCapture capture(-99, 2);  // unset per user: the machine's value counts
-        EXPECT_NO_THROW(mLog::ErrorLog("c.Op", oError, "", true));
-        EXPECT_EQ(capture.vBoxes.size(), 1u);
-        capture.mUser.clear();
-        capture.mMachine.clear();  // neither set: mode 0
-        EXPECT_THROW(mLog::ErrorLog("c.Op", oError, "", true), Error);
-        EXPECT_EQ(capture.vBoxes.size(), 1u);
-    }
+    ScopedCapture capture(1);
+    mLog::AddToErrorLog("s", 5, "e", "d", "", 0);
+    capture.mUser["Tarnwick/Common/ConDebug"] = Variant(std::int32_t{0});
+    mLog::AddToErrorLog("s", 5, "e", "d", "", 7);
+    mLog::ErrorLog("c.Op", kError);
+    EXPECT_EQ(capture.vEvents, (Events{"report", "report", "box", "report"}));
 }
 
-TEST(ErrorPath, ModeIsReadAgainForEachReport) {
+TEST(ErrorPath, ReRaiseExtendsTheSourceExceptFromClassTerminate) {
     ScopedCapture capture(0);
-    mLog::ErrorLog("c.Op", Error(5, "", "d"));
-    capture.mUser["Tarnwick/Common/ConDebug"] = Variant(std::int32_t{1});
-    mLog::ErrorLog("c.Op", Error(5, "", "d"));
-    EXPECT_EQ(capture.vEvents, (std::vector<std::string>{"report", "report", "box"}));
-}
-
-TEST(ErrorPath, ReRaiseExtendsTheSource) {
-    ScopedCapture capture(0);
-    try {
-        mLog::ErrorLog("tnwX.Op", Error(75, "inner", "Path/File access error"), "", true);
-        FAIL() << "no re-raise";
-    } catch (const Error& e) {
-        EXPECT_EQ(e.lNumber, 75);
-        EXPECT_EQ(e.sSource, "tnwX.Op::inner");
-        EXPECT_EQ(e.sDescription, "Path/File access error");
-    }
-    try {
-        mLog::ErrorLog("tnwX.Op", Error(75, "", "d"), "", true);
-        FAIL() << "no re-raise";
-    } catch (const Error& e) {
-        EXPECT_EQ(e.sSource, "tnwX.Op");
+    const std::pair<std::string, std::string> aRaised[] = {{"inner", "tnwX.Op::inner"},
+                                                           {"", "tnwX.Op"}};
+    for (const auto& [sInner, sSource] : aRaised) {
+        try {
+            mLog::ErrorLog("tnwX.Op", Error(75, sInner, "Path/File access error"), "", true);
+            ADD_FAILURE() << "no re-raise";
+        } catch (const Error& e) {
+            EXPECT_EQ(std::tuple(e.lNumber, e.sSource, e.sDescription),
+                      std::tuple(75, sSource, "Path/File access error"));
+        }
     }
     EXPECT_NO_THROW(mLog::ErrorLog("tnwX.Op", Error(75, "inner", "d")));
-}
-
-TEST(ErrorPath, NoReRaiseFromClassTerminate) {
-    ScopedCapture capture(1);
-    EXPECT_NO_THROW(mLog::ErrorLog("tnwX.Class_Terminate", Error(5, "", "d"), "", true));
     // The last 16 characters of the extended source count, not the operation's name.
+    EXPECT_NO_THROW(mLog::ErrorLog("tnwX.Class_Terminate", Error(5, "", "d"), "", true));
     EXPECT_NO_THROW(mLog::ErrorLog("tnwX.Op", Error(5, "y.Class_Terminate", "d"), "", true));
     EXPECT_THROW(mLog::ErrorLog("tnwX.Class_Terminate", Error(5, "inner", "d"), "", true), Error);
     EXPECT_THROW(mLog::ErrorLog("Class_Terminate", Error(5, "", "d"), "", true), Error);
 }
 
-TEST(ErrorPath, NoHandlerCreatableIsSilent) {
-    ScopedCapture capture(0);
-    tnwObjectFactory::Register(kProgIdErrorHandler, nullptr);
-    EXPECT_NO_THROW(mLog::ErrorLog("c.Op", Error(5, "", "d")));
-    EXPECT_TRUE(capture.vEvents.empty());
-    capture.mUser["Tarnwick/Common/ConDebug"] = Variant(std::int32_t{1});
-    mLog::ErrorLog("c.Op", Error(5, "", "d"));
-    EXPECT_EQ(capture.vEvents, (std::vector<std::string>{"box"}));
-}
-
 class CountingHandler final : public ItnwErrorHandler {
 public:
-    explicit CountingHandler(int& nAlive) : m_nAlive(nAlive) { ++m_nAlive; }
+    CountingHandler(int& nAlive, int& nCalls) : m_nAlive(nAlive), m_nCalls(nCalls) { ++m_nAlive; }
     ~CountingHandler() override { --m_nAlive; }
     void errorMessage(const std::string&, const std::string&, const std::string&, std::int32_t,
                       const std::string&, const std::string&, const std::string&) override {
-        ++nCalls;
+        ++m_nCalls;
     }
-    int nCalls = 0;
 
 private:
     int& m_nAlive;
+    int& m_nCalls;
 };
 
-TEST(ErrorPath, EachReportCreatesAndReleasesItsOwnHandler) {
+// Each report creates its handler and lets it go before the box; the ErrorLogger setting names
+// another program id; with none creatable the report is silent.
+TEST(ErrorPath, TheHandlerOfEachReport) {
     ScopedCapture capture(1);
-    int nAlive = 0;
-    int nMade = 0;
-    tnwObjectFactory::Register(kProgIdErrorHandler, [&] {
+    int nAlive = 0, nMade = 0, nCalls = 0;
+    tnwObjectFactory::Register("Host.Logger", [&] {
         ++nMade;
-        return std::make_shared<CountingHandler>(nAlive);
+        return std::make_shared<CountingHandler>(nAlive, nCalls);
     });
-    std::vector<std::string> vBoxes;
-    auto fnOld = platform::SetMessageBoxHook(
-        [&](const std::string& sText, const std::string&, platform::MsgIcon) {
+    capture.mMachine["Software\\Tarnwick\\Common/ErrorLogger"] = Variant("Host.Logger");
+    int nBoxes = 0;
+    auto fnOld =
+        platform::SetMessageBoxHook([&](const std::string&, const std::string&, platform::MsgIcon) {
             EXPECT_EQ(nAlive, 0) << "handler still held when the box shows";
-            vBoxes.push_back(sText);
+            ++nBoxes;
         });
     mLog::ErrorLog("c.One", Error(5, "", "d"));
     mLog::ErrorLog("c.Two", Error(6, "", "d"));
     platform::SetMessageBoxHook(fnOld);
-    EXPECT_EQ(nMade, 2);
-    EXPECT_EQ(nAlive, 0);
-    ASSERT_EQ(vBoxes.size(), 2u);
-    EXPECT_NE(vBoxes[0].find("c.One"), std::string::npos);
-    EXPECT_NE(vBoxes[1].find("c.Two"), std::string::npos);
-}
-
-TEST(ErrorPath, ErrorLoggerSettingNamesTheHandler) {
-    ScopedCapture capture(0);
-    int nAlive = 0;
-    std::shared_ptr<CountingHandler> oOther;
-    tnwObjectFactory::Register("Host.Logger", [&] {
-        oOther = std::make_shared<CountingHandler>(nAlive);
-        return oOther;
-    });
-    capture.mMachine["Software\\Tarnwick\\Common/ErrorLogger"] = Variant("Host.Logger");
-    mLog::ErrorLog("c.Op", Error(5, "", "d"));
     tnwObjectFactory::Register("Host.Logger", nullptr);
-    ASSERT_NE(oOther, nullptr);
-    EXPECT_EQ(oOther->nCalls, 1);
+    EXPECT_EQ(std::tuple(nMade, nCalls, nBoxes, nAlive), std::tuple(2, 2, 2, 0));
     EXPECT_TRUE(capture.vReports.empty());
+
+    capture.mMachine.erase("Software\\Tarnwick\\Common/ErrorLogger");
+    tnwObjectFactory::Register(kProgIdErrorHandler, nullptr);
+    EXPECT_NO_THROW(mLog::ErrorLog("c.Op", Error(5, "", "d")));
+    EXPECT_EQ(capture.vEvents, Events{"box"});
 }
 
 TEST(ErrorPath, FailuresOfTheErrorPathPassToTheCaller) {
     ScopedCapture capture(0);
     capture.mUser["Tarnwick/Common/ConDebug"] = Variant("abc");
     EXPECT_THROW(mLog::ErrorLog("c.Op", Error(5, "", "d")), Error);
+    EXPECT_THROW(Guard("tnwX.Update", [] { Raise(errFileNotFound); }), Error);
     capture.mUser["Tarnwick/Common/ConDebug"] = Variant(std::int32_t{0});
     // A handler object without errorMessage.
     tnwObjectFactory::Register(kProgIdErrorHandler, [] { return std::make_shared<IComponent>(); });
@@ -238,13 +185,10 @@ TEST(Guard, ReportsUnderItsSourceAndGivesFalse) {
     EXPECT_FALSE(Guard("tnwX.Update", [] { Raise(errFileNotFound); }));
     EXPECT_FALSE(Guard("tnwX.Update", [] { throw std::runtime_error("boom"); }));
     ASSERT_EQ(capture.vReports.size(), 2u);
-    EXPECT_EQ(capture.vReports[0].sSource, "tnwX.Update");
-    EXPECT_EQ(capture.vReports[0].lNumber, errFileNotFound);
-    EXPECT_EQ(capture.vReports[0].sDescription, "File not found");
+    EXPECT_EQ(std::tuple(capture.vReports[0].sSource, capture.vReports[0].lNumber,
+                         capture.vReports[0].sDescription),
+              std::tuple("tnwX.Update", errFileNotFound, "File not found"));
     EXPECT_EQ(capture.vReports[1].sDescription, "boom");
-    // The error path's own failure is not swallowed.
-    capture.mUser["Tarnwick/Common/ConDebug"] = Variant("abc");
-    EXPECT_THROW(Guard("tnwX.Update", [] { Raise(errFileNotFound); }), Error);
 }
 
 }  // namespace

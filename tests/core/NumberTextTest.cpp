@@ -1,6 +1,7 @@
 // Number text, the text-to-number rule and half-even rounding.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -11,19 +12,13 @@
 
 #include "core/Error.h"
 #include "core/NumberText.h"
-#include "core/SerialDate.h"
 #include "support/TestSupport.h"
 
 namespace tnw {
 namespace {
 
 using test::ErrorNumberOf;
-
-std::string FloatText(float f) {
-    std::string s;
-    AppendNumberText(s, f);
-    return s;
-}
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 // C's %.15G, with the blank in front and the zero before the decimal mark dropped.
 std::string PrintfNumberText(double d) {
@@ -38,7 +33,11 @@ std::string PrintfNumberText(double d) {
 
 TEST(NumberText, AgreesWithPrintfOverManyDoubles) {
     // The few-decimals path, the shortest-digits path and the formatted path all meet here:
-    // sensor-like decimals, scaled integers, raw bit patterns (subnormals included).
+    // sensor-like decimals, scaled integers, raw bit patterns (subnormals included), and the
+    // places where the form changes.
+    for (double d : {0.5, -0.25, 0.0, -0.0, 1.0 / 3.0, 0.1 + 0.2, 999999999999999.0, 1e15, -1.5e15,
+                     123456789012345678.0, 1e100, 0.0001, 0.00001, -2.5e-7, 1e-300})
+        EXPECT_EQ(NumberText(d), PrintfNumberText(d));
     std::mt19937_64 rng(20261122);
     for (int i = 0; i < 200000; ++i) {
         double d = 0.0;
@@ -65,140 +64,98 @@ TEST(NumberText, AgreesWithPrintfOverManyDoubles) {
     }
 }
 
-TEST(NumberText, LeadingBlankOrSignAndNoZeroBeforeTheMark) {
-    EXPECT_EQ(NumberText(0.5), " .5");
-    EXPECT_EQ(NumberText(-0.25), "-.25");
-    EXPECT_EQ(NumberText(180.5), " 180.5");
-    EXPECT_EQ(NumberText(-93.25), "-93.25");
-    EXPECT_EQ(NumberText(0.0), " 0");
-    EXPECT_EQ(NumberText(-0.0), " 0");
-    EXPECT_EQ(NumberText(1.0), " 1");
-    EXPECT_EQ(NumberText(-3.0), "-3");
-}
-
-TEST(NumberText, FifteenSignificantDigits) {
-    EXPECT_EQ(NumberText(1.0 / 3.0), " .333333333333333");
-    EXPECT_EQ(NumberText(2.0 / 3.0), " .666666666666667");
-    EXPECT_EQ(NumberText(0.1 + 0.2), " .3");  // 0.30000000000000004 has 17 digits
-    EXPECT_EQ(NumberText(999999999999999.0), " 999999999999999");
-    EXPECT_EQ(NumberText(123456.7890123456), " 123456.789012346");
-}
-
-TEST(NumberText, ExponentFormWhereDigitsDontFit) {
-    EXPECT_EQ(NumberText(1e20), " 1E+20");
-    EXPECT_EQ(NumberText(1e15), " 1E+15");
-    EXPECT_EQ(NumberText(-1.5e15), "-1.5E+15");
-    EXPECT_EQ(NumberText(123456789012345678.0), " 1.23456789012346E+17");
-    EXPECT_EQ(NumberText(1e100), " 1E+100");
-    EXPECT_EQ(NumberText(0.0001), " .0001");
-    EXPECT_EQ(NumberText(0.00001), " 1E-05");
-    EXPECT_EQ(NumberText(-2.5e-7), "-2.5E-07");
-    EXPECT_EQ(NumberText(1e-300), " 1E-300");
-}
-
-TEST(NumberText, FloatsHaveSevenDigits) {
-    EXPECT_EQ(FloatText(0.1f), " .1");
-    EXPECT_EQ(FloatText(1.0f / 3.0f), " .3333333");
-    EXPECT_EQ(FloatText(16777216.0f), " 1.677722E+07");
-    EXPECT_EQ(FloatText(-2.5f), "-2.5");
-}
-
-TEST(NumberText, TaggedValues) {
-    EXPECT_EQ(NumberText(Variant(std::int16_t{-7})), "-7");
-    EXPECT_EQ(NumberText(Variant(std::int32_t{42})), " 42");
-    EXPECT_EQ(NumberText(Variant(0.5f)), " .5");
-    EXPECT_EQ(NumberText(Variant()), " 0");
-    EXPECT_EQ(NumberText(Variant(true)), "True");
-    EXPECT_EQ(NumberText(Variant(" 2.5 ")), " 2.5");
+TEST(NumberText, FloatsAndTaggedValues) {
+    const std::pair<Variant, std::string> aCases[] = {{0.1f, " .1"},
+                                                      {1.0f / 3.0f, " .3333333"},
+                                                      {16777216.0f, " 1.677722E+07"},
+                                                      {-2.5f, "-2.5"},
+                                                      {std::int16_t{-7}, "-7"},
+                                                      {std::int32_t{42}, " 42"},
+                                                      {Variant(), " 0"},
+                                                      {true, "True"},
+                                                      {" 2.5 ", " 2.5"}};
+    for (const auto& [vValue, sText] : aCases)
+        EXPECT_EQ(NumberText(vValue), sText);
+    for (double d : {std::numeric_limits<double>::infinity(), kNaN})
+        EXPECT_EQ(ErrorNumberOf([&] { NumberText(d); }), errOverflow);
     EXPECT_EQ(ErrorNumberOf([] { NumberText(Variant("abc")); }), errTypeMismatch);
-    EXPECT_EQ(ErrorNumberOf([] { NumberText(std::numeric_limits<double>::infinity()); }),
-              errOverflow);
-    EXPECT_EQ(ErrorNumberOf([] { NumberText(std::numeric_limits<double>::quiet_NaN()); }),
-              errOverflow);
 }
 
-TEST(TextToNumber, ReadsAsFarAsTheNumberGoes) {
-    EXPECT_EQ(TextToNumber("-12.5e2x"), -1250.0);
-    EXPECT_EQ(TextToNumber("1 2 3"), 123.0);
-    EXPECT_EQ(TextToNumber(" \t-\n4 2"), -42.0);
-    EXPECT_EQ(TextToNumber("1,5"), 1.0);
-    EXPECT_EQ(TextToNumber("1.2.3"), 1.2);
-    EXPECT_EQ(TextToNumber(".5"), 0.5);
-    EXPECT_EQ(TextToNumber("+7"), 7.0);
-    EXPECT_EQ(TextToNumber("1e"), 1.0);
-    EXPECT_EQ(TextToNumber("2e+"), 2.0);
-    EXPECT_EQ(TextToNumber("5 e 1"), 50.0);
-}
-
-TEST(TextToNumber, ExponentLettersEAndD) {
-    EXPECT_EQ(TextToNumber("1.5D3"), 1500.0);
-    EXPECT_EQ(TextToNumber("1.5d-1"), 0.15);
-    EXPECT_EQ(TextToNumber("2E-3"), 0.002);
-    EXPECT_EQ(TextToNumber("3e+2"), 300.0);
-}
-
-TEST(TextToNumber, HexadecimalAndOctalPrefixes) {
-    EXPECT_EQ(TextToNumber("&H10"), 16.0);
-    EXPECT_EQ(TextToNumber("&hFf"), 255.0);
-    EXPECT_EQ(TextToNumber("&O17"), 15.0);
-    EXPECT_EQ(TextToNumber("&o19"), 1.0);  // 9 is no octal digit
-    EXPECT_EQ(TextToNumber("&H"), 0.0);
-    EXPECT_EQ(TextToNumber("&X1"), 0.0);
-}
-
-TEST(TextToNumber, NothingReadableIsZero) {
-    EXPECT_EQ(TextToNumber("abc"), 0.0);
-    EXPECT_EQ(TextToNumber(""), 0.0);
-    EXPECT_EQ(TextToNumber("-"), 0.0);
-    EXPECT_EQ(TextToNumber("."), 0.0);
-    EXPECT_EQ(TextToNumber("e5"), 0.0);
-}
-
-TEST(TextToNumber, OutOfRangeNumbers) {
-    EXPECT_EQ(TextToNumber("1e-400"), 0.0);
-    EXPECT_EQ(TextToNumber("0." + std::string(400, '0') + "1"), 0.0);
-    EXPECT_EQ(TextToNumber(std::string(300, '1') + "e-299"), TextToNumber("1.11111111111111111"));
+TEST(TextToNumber, Table) {
+    // Blanks skipped anywhere; as far as the number goes; exponents with E or D; &H and &O;
+    // nothing readable is 0; an underflow is 0.
+    const std::pair<std::string, double> aCases[] = {
+        {"-12.5e2x", -1250},
+        {"1 2 3", 123},
+        {" \t-\n4 2", -42},
+        {"1,5", 1},
+        {"1.2.3", 1.2},
+        {".5", 0.5},
+        {"+7", 7},
+        {"1e", 1},
+        {"2e+", 2},
+        {"5 e 1", 50},
+        {"1.5D3", 1500},
+        {"1.5d-1", 0.15},
+        {"2E-3", 0.002},
+        {"&H10", 16},
+        {"&hFf", 255},
+        {"&O17", 15},
+        {"&o19", 1},
+        {"&H", 0},
+        {"&X1", 0},
+        {"abc", 0},
+        {"", 0},
+        {"-", 0},
+        {".", 0},
+        {"e5", 0},
+        {"1e-400", 0},
+        {"0." + std::string(400, '0') + "1", 0},
+        {std::string(300, '1') + "e-299", 1.11111111111111111}};
+    for (const auto& [sText, dValue] : aCases)
+        EXPECT_EQ(TextToNumber(sText), dValue) << sText.substr(0, 20);
     // A number too large for a double is an overflow, however it is spelled.
-    EXPECT_EQ(ErrorNumberOf([] { TextToNumber("1e400"); }), errOverflow);
-    EXPECT_EQ(ErrorNumberOf([] { TextToNumber(std::string(400, '9')); }), errOverflow);
+    for (const std::string& sText : {std::string("1e400"), std::string(400, '9')})
+        EXPECT_EQ(ErrorNumberOf([&] { TextToNumber(sText); }), errOverflow);
 }
 
-TEST(RoundHalfEven, TiesGoToTheEvenDigit) {
-    EXPECT_EQ(RoundHalfEven(2.5, 0), 2.0);
-    EXPECT_EQ(RoundHalfEven(3.5, 0), 4.0);
-    EXPECT_EQ(RoundHalfEven(-2.5, 0), -2.0);
-    EXPECT_EQ(RoundHalfEven(0.125, 2), 0.12);
-    EXPECT_EQ(RoundHalfEven(0.375, 2), 0.38);
-    EXPECT_EQ(RoundHalfEven(1.23456785, 7), 1.2345678);
-    EXPECT_EQ(RoundHalfEven(1.23456775, 7), 1.2345678);
-    EXPECT_EQ(RoundHalfEven(-1.23456775, 7), -1.2345678);
-    EXPECT_EQ(RoundHalfEven(0.00000005, 7), 0.0);
-    EXPECT_EQ(RoundHalfEven(0.00000015, 7), 0.0000002);
-}
-
-TEST(RoundHalfEven, NonTiesAndCarries) {
-    EXPECT_EQ(RoundHalfEven(1.23456786, 7), 1.2345679);
-    EXPECT_EQ(RoundHalfEven(9.99999995, 7), 10.0);
-    EXPECT_EQ(RoundHalfEven(-93.25, 7), -93.25);
-    EXPECT_EQ(RoundHalfEven(1e20, 7), 1e20);
-    EXPECT_EQ(RoundHalfEven(0.000000004, 7), 0.0);
-    EXPECT_EQ(RoundHalfEven(0.00000006, 7), 0.0000001);
-    EXPECT_EQ(RoundHalfEven(-122.123456789, 7), -122.1234568);
+TEST(RoundHalfEven, TiesGoToTheEvenDigitOfTheShortestText) {
+    const std::array<double, 3> aCases[] = {// value, places, rounded
+                                            {2.5, 0, 2},
+                                            {3.5, 0, 4},
+                                            {-2.5, 0, -2},
+                                            {0.125, 2, 0.12},
+                                            {0.375, 2, 0.38},
+                                            {1.23456785, 7, 1.2345678},
+                                            {1.23456775, 7, 1.2345678},
+                                            {-1.23456775, 7, -1.2345678},
+                                            {0.00000005, 7, 0},
+                                            {0.00000015, 7, 0.0000002},
+                                            {1.23456786, 7, 1.2345679},
+                                            {9.99999995, 7, 10},
+                                            {-93.25, 7, -93.25},
+                                            {1e20, 7, 1e20},
+                                            {0.000000004, 7, 0},
+                                            {0.00000006, 7, 0.0000001},
+                                            {-122.123456789, 7, -122.1234568}};
+    for (const auto& [dValue, dPlaces, dRounded] : aCases)
+        EXPECT_EQ(RoundHalfEven(dValue, static_cast<int>(dPlaces)), dRounded) << dValue;
 }
 
 TEST(RoundToLong, TiesToEvenAndOverflow) {
-    EXPECT_EQ(RoundToLong(2.5), 2);
-    EXPECT_EQ(RoundToLong(3.5), 4);
-    EXPECT_EQ(RoundToLong(-2.5), -2);
-    EXPECT_EQ(RoundToLong(-2.6), -3);
-    EXPECT_EQ(RoundToLong(2147483647.4), 2147483647);
-    EXPECT_EQ(RoundToLong(-2147483648.4), std::numeric_limits<std::int32_t>::min());
-    // The tie goes to the even neighbour, which fits.
-    EXPECT_EQ(RoundToLong(-2147483648.5), std::numeric_limits<std::int32_t>::min());
-    EXPECT_EQ(ErrorNumberOf([] { RoundToLong(2147483647.5); }), errOverflow);
-    EXPECT_EQ(ErrorNumberOf([] { RoundToLong(-2147483649.0); }), errOverflow);
-    EXPECT_EQ(ErrorNumberOf([] { RoundToLong(std::numeric_limits<double>::quiet_NaN()); }),
-              errOverflow);
+    constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
+    // The tie at the bottom goes to the even neighbour, which fits.
+    const std::pair<double, std::int32_t> aCases[] = {{2.5, 2},
+                                                      {3.5, 4},
+                                                      {-2.5, -2},
+                                                      {-2.6, -3},
+                                                      {2147483647.4, 2147483647},
+                                                      {-2147483648.4, kMin},
+                                                      {-2147483648.5, kMin}};
+    for (const auto& [dValue, lRounded] : aCases)
+        EXPECT_EQ(RoundToLong(dValue), lRounded) << dValue;
+    for (double d : {2147483647.5, -2147483649.0, kNaN})
+        EXPECT_EQ(ErrorNumberOf([&] { RoundToLong(d); }), errOverflow) << d;
 }
 
 }  // namespace

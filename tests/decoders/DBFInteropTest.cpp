@@ -55,10 +55,10 @@ TEST_F(DBFInteropTest, TableWrittenByGdal) {
 
     oReader.SetFilename(sDbf);
     EXPECT_EQ(oReader.Schema(), "name~C~12~0~|rate~N~10~3~|day~D~8~0~|count~N~5~0~");
-    // The deleted row comes first; "00000000" is numeric: year 0, month 0, day 0.
+    // The deleted row comes first; "00000000" names no day, so the date before stays.
     ExpectRecords({"name", "rate", "day", "count"},
                   {{"Alpha", 3.5, SerialDate{kMarch9th2004}, 7.0},
-                   {"\xC3\xA9t\xC3\xA9", -12.25, DateSerial(0, 0, 0), 0.0},
+                   {"\xC3\xA9t\xC3\xA9", -12.25, SerialDate{kMarch9th2004}, 0.0},
                    {"Gamma", 0.0, SerialDate{kMarch10th2004}, 0.0}});
     EXPECT_TRUE(oReader.MoveToRecord(2));
     EXPECT_EQ(oReader.Columns()->Item("rate")->Value(), Variant(-12.25));

@@ -14,12 +14,6 @@
 
 namespace tnw::test {
 
-// A new column list. (The stand-ins are registered by ScopedCapture, which must stay the
-// handler of error reports, so they are not registered again here.)
-inline std::shared_ptr<tnwColumns> EmptyColumns() {
-    return CreateAs<tnwColumns>(kProgIdColumns, "Missing Component");
-}
-
 // The exit status of the strict checker on a set: 0 when every file is whole and they agree.
 // The byte checks only; the peer readers would make a sweep of many sets slow.
 inline int CheckShapeSetBytes(const std::string& sBase) {

@@ -167,14 +167,16 @@ TEST_F(DbfFixture, LimitsFailWithTheDbfErrorBox) {
         Fields vFields;
         int nWritten;  // fields in the finished table; -1: no failure
     };
+    const auto fnWide = [](std::int16_t iLast) {  // 1 + 128 x 255 + iLast bytes a record
+        Fields vFields(128, {255, 0});
+        vFields.push_back({iLast, 0});
+        return vFields;
+    };
     const std::vector<Case> vCases = {
-        {"size 256", {{1, 0}, {256, 0}}, 1},
-        {"size -1", {{-1, 0}}, 0},
-        {"precision 256", {{5, 256}}, 0},
-        {"255 and 255 fit", {{255, 255}}, -1},
-        {"1022 fields", Fields(1022, {1, 0}), -1},
-        {"1023 fields", Fields(1023, {1, 0}), 1022},
-        {"record past 32767", Fields(129, {255, 0}), 128},
+        {"size 256", {{1, 0}, {256, 0}}, 1},       {"size -1", {{-1, 0}}, 0},
+        {"precision 256", {{5, 256}}, 0},          {"255 and 255 fit", {{255, 255}}, -1},
+        {"1022 fields", Fields(1022, {1, 0}), -1}, {"1023 fields", Fields(1023, {1, 0}), 1022},
+        {"record of 32767", fnWide(126), -1},      {"record of 32768", fnWide(127), 128},
     };
     std::vector<std::string> vFailed;
     for (const Case& tCase : vCases) {

@@ -1,14 +1,12 @@
 // The file set of tnwShapeEncoder: names, creation and the "DBF Error" box, record routing and
-// bookkeeping, point records, close-out, and the failure paths.
+// bookkeeping, point records byte for byte, close-out, and the failure paths.
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <filesystem>
 #include <limits>
 
 #include "ShapeTestSupport.h"
 #include "gislib/Projection.h"
-#include "platform/File.h"
 #include "shapefile/tnwShapeEncoder.h"
 
 namespace tnw::test {
@@ -37,27 +35,34 @@ struct SetFixture : ::testing::Test {
         return encoder.Update();
     }
     std::int32_t DbfRecords() const { return LittleLong(Read(".dbf"), 4); }
+    void ExpectReport(const std::string& sSource, std::int32_t lNumber = 0) {
+        ASSERT_EQ(capture.vReports.size(), 1u);
+        EXPECT_EQ(capture.vReports[0].sSource, sSource);
+        if (lNumber) {
+            EXPECT_EQ(capture.vReports[0].lNumber, lNumber);
+        }
+    }
 };
 
-void ExpectPoint(const std::string& sShp, std::size_t nRecord, std::int32_t lNumber, double x,
-                 double y) {
-    const std::size_t n = 100 + 28 * nRecord;
-    EXPECT_EQ(BigLong(sShp, n), lNumber);
-    EXPECT_EQ(BigLong(sShp, n + 4), 10);
-    EXPECT_EQ(LittleLong(sShp, n + 8), 1);
-    EXPECT_EQ(LittleDouble(sShp, n + 12), x);
-    EXPECT_EQ(LittleDouble(sShp, n + 20), y);
+// Record header (big-endian number and length 10), shape type 1, x, y.
+void ExpectPoints(const std::string& sShp, const std::vector<std::pair<double, double>>& vXY) {
+    ASSERT_EQ(sShp.size(), 100 + 28 * vXY.size());
+    for (std::size_t i = 0; i < vXY.size(); ++i) {
+        const std::size_t n = 100 + 28 * i;
+        EXPECT_EQ(std::tuple(BigLong(sShp, n), BigLong(sShp, n + 4), LittleLong(sShp, n + 8),
+                             LittleDouble(sShp, n + 12), LittleDouble(sShp, n + 20)),
+                  std::tuple(static_cast<std::int32_t>(i + 1), 10, 1, vXY[i].first, vXY[i].second))
+            << "record " << i + 1;
+    }
 }
 
-void ExpectBox(const std::string& sFile, std::size_t n, double x0, double y0, double x1,
-               double y1) {
-    EXPECT_EQ(LittleDouble(sFile, n), x0);
-    EXPECT_EQ(LittleDouble(sFile, n + 8), y0);
-    EXPECT_EQ(LittleDouble(sFile, n + 16), x1);
-    EXPECT_EQ(LittleDouble(sFile, n + 24), y1);
+void ExpectBox(const std::string& sFile, double x0, double y0, double x1, double y1) {
+    EXPECT_EQ(std::tuple(LittleDouble(sFile, 36), LittleDouble(sFile, 44), LittleDouble(sFile, 52),
+                         LittleDouble(sFile, 60)),
+              std::tuple(x0, y0, x1, y1));
 }
 
-TEST_F(SetFixture, BaseNames) {
+TEST_F(SetFixture, NamesAndGeometryTypesDecideTheFiles) {
     const std::vector<std::pair<std::string, std::string>> vNames = {
         {"a.shp", "a"}, {"a.dbf", "a"}, {"a", "a"}, {"a.data", "a.data"}, {"a.b.shx", "a.b"}};
     for (const auto& [sGiven, sBase] : vNames) {
@@ -68,31 +73,24 @@ TEST_F(SetFixture, BaseNames) {
         for (const char* sExtension : {".dbf", ".shp", ".shx", ".mcd", ".prj"})
             EXPECT_TRUE(std::filesystem::exists(dir.Path(sBase) + sExtension)) << sExtension;
     }
-}
-
-TEST_F(SetFixture, GeometryTypeDecidesTheFiles) {
-    const std::vector<std::pair<std::int32_t, std::int32_t>> vTypes = {
-        {1, 1}, {2, 3}, {3, 5}, {4, 8}, {0, 0}, {5, 0}, {-1, 0}};
-    for (const auto& [lGeometryType, lShapeType] : vTypes) {
+    // Geometry type to shape type; -2 stands for Initialize without a type, which makes polygons.
+    for (const auto& [lGeometryType, lShapeType] :
+         std::vector<std::pair<std::int32_t, std::int32_t>>{
+             {1, 1}, {2, 3}, {3, 5}, {4, 8}, {0, 0}, {5, 0}, {-1, 0}, {-2, 5}}) {
         SCOPED_TRACE(lGeometryType);
         std::filesystem::remove_all(dir.Root());
         std::filesystem::create_directories(dir.Root());
-        ASSERT_TRUE(
-            encoder.Initialize(Base(), oColumns, static_cast<tnwGeometryType>(lGeometryType)));
+        ASSERT_TRUE(lGeometryType == -2
+                        ? encoder.Initialize(Base(), oColumns)
+                        : encoder.Initialize(Base(), oColumns,
+                                             static_cast<tnwGeometryType>(lGeometryType)));
         encoder.CloseFiles();
-        EXPECT_EQ(Exists(".shp"), lShapeType != 0);
-        EXPECT_EQ(Exists(".shx"), lShapeType != 0);
-        EXPECT_EQ(Exists(".prj"), lShapeType != 0);
+        for (const char* sExtension : {".shp", ".shx", ".prj"})
+            EXPECT_EQ(Exists(sExtension), lShapeType != 0) << sExtension;
         if (lShapeType != 0) {
             EXPECT_EQ(LittleLong(Read(".shp"), 32), lShapeType);
         }
     }
-    // Initialize without a type makes polygons.
-    std::filesystem::remove_all(dir.Root());
-    std::filesystem::create_directories(dir.Root());
-    ASSERT_TRUE(encoder.Initialize(Base(), oColumns));
-    encoder.CloseFiles();
-    EXPECT_EQ(LittleLong(Read(".shp"), 32), 5);
 }
 
 TEST_F(SetFixture, EmptySetIsFinished) {
@@ -102,10 +100,9 @@ TEST_F(SetFixture, EmptySetIsFinished) {
     for (const char* sExtension : {".shp", ".shx"}) {
         const std::string sFile = Read(sExtension);
         ASSERT_EQ(sFile.size(), 100u);
-        EXPECT_EQ(BigLong(sFile, 0), 9994);
-        EXPECT_EQ(BigLong(sFile, 24), 50);
-        EXPECT_EQ(LittleLong(sFile, 28), 1000);
-        ExpectBox(sFile, 36, 999999999.0, 999999999.0, -999999999.0, -999999999.0);
+        EXPECT_EQ(std::tuple(BigLong(sFile, 0), BigLong(sFile, 24), LittleLong(sFile, 28)),
+                  std::tuple(9994, 50, 1000));
+        ExpectBox(sFile, 999999999.0, 999999999.0, -999999999.0, -999999999.0);
         EXPECT_EQ(sFile.substr(68), std::string(32, '\0'));
     }
     EXPECT_EQ(Read(".dbf").size(), 32u + 32u + 1u);
@@ -114,58 +111,38 @@ TEST_F(SetFixture, EmptySetIsFinished) {
     EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
 }
 
+// Offsets move points; Update2 writes the stored point again, before any geometry (0, 0) and
+// after a polygon (the last point); centroids make points of polygons.
 TEST_F(SetFixture, PointRecordsAndBookkeeping) {
+    const auto oSquare = MakePolygon({{{0, 0}, {0, 2}, {2, 2}, {2, 0}, {0, 0}}});
+    EXPECT_FALSE(Put(1, nullptr));  // nothing open
+    ExpectReport("tnwShapeEncoder.Update2");
     encoder.SetXOffset(10.0);
     encoder.SetYOffset(-1.0);
     ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
-    EXPECT_TRUE(Put(1, MakePoint(1.5, 2.0)));
-    EXPECT_TRUE(Put(2, MakePoint(-3.0, 4.25)));
-    EXPECT_TRUE(Put(3, MakePoint(0.0, 0.0)));
+    EXPECT_TRUE(encoder.Update2());
+    EXPECT_TRUE(Put(2, MakePoint(1.5, 2.0)));
+    EXPECT_TRUE(Put(3, MakePoint(-3.0, 4.25)));
     EXPECT_FALSE(encoder.Update());  // the geometry went with the record before
-    EXPECT_TRUE(encoder.Update2());  // the stored point again
-    encoder.CloseFiles();
-
-    const std::string sShp = Read(".shp");
-    const std::string sShx = Read(".shx");
-    ASSERT_EQ(sShp.size(), 100u + 4 * 28);
-    EXPECT_EQ(BigLong(sShp, 24), 50 + 14 * 4);
-    EXPECT_EQ(BigLong(sShx, 24), 50 + 4 * 4);
-    ExpectPoint(sShp, 0, 1, 11.5, 1.0);
-    ExpectPoint(sShp, 1, 2, 7.0, 3.25);
-    ExpectPoint(sShp, 2, 3, 10.0, -1.0);
-    ExpectPoint(sShp, 3, 4, 10.0, -1.0);
-    EXPECT_EQ(BigLong(sShx, 116), 78);  // the third entry
-    EXPECT_EQ(BigLong(sShx, 120), 10);
-    ExpectBox(sShp, 36, 7.0, -1.0, 11.5, 3.25);
-    EXPECT_EQ(sShx.substr(28, 72), sShp.substr(28, 72));
-    EXPECT_EQ(DbfRecords(), 4);
-    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
-}
-
-TEST_F(SetFixture, StoredPointAndCentroids) {
-    const auto oSquare = MakePolygon({{{0, 0}, {0, 2}, {2, 2}, {2, 0}, {0, 0}}});
-    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
-    EXPECT_TRUE(encoder.Update2());  // (0, 0) before any geometry
-    EXPECT_TRUE(Put(2, MakePoint(5, 6)));
-    EXPECT_TRUE(Put(3, oSquare));  // repeats the last point
+    EXPECT_TRUE(encoder.Update2());
+    EXPECT_TRUE(Put(5, oSquare));
     encoder.SetExportCentroids(true);
-    EXPECT_TRUE(Put(4, oSquare));  // the square's centre
+    EXPECT_TRUE(Put(6, oSquare));
     encoder.SetGeometry(oSquare);
     encoder.SetGeometry(nullptr);
     EXPECT_FALSE(encoder.Update());
     encoder.CloseFiles();
-    const std::string sShp = Read(".shp");
-    ExpectPoint(sShp, 0, 1, 0, 0);
-    ExpectPoint(sShp, 1, 2, 5, 6);
-    ExpectPoint(sShp, 2, 3, 5, 6);
-    ExpectPoint(sShp, 3, 4, 1, 1);
-    EXPECT_EQ(DbfRecords(), 4);
-}
 
-TEST_F(SetFixture, ClosedEncoderFailsAtTheFirstWrite) {
-    EXPECT_FALSE(Put(1, nullptr));
-    ASSERT_EQ(capture.vReports.size(), 1u);
-    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.Update2");
+    const std::string sShp = Read(".shp");
+    const std::string sShx = Read(".shx");
+    ExpectPoints(sShp, {{10, -1}, {11.5, 1}, {7, 3.25}, {7, 3.25}, {7, 3.25}, {11, 0}});
+    EXPECT_EQ(BigLong(sShp, 24), 50 + 14 * 6);
+    EXPECT_EQ(BigLong(sShx, 24), 50 + 4 * 6);
+    EXPECT_EQ(std::pair(BigLong(sShx, 116), BigLong(sShx, 120)), std::pair(78, 10));  // entry 3
+    ExpectBox(sShp, 7.0, -1.0, 11.5, 3.25);
+    EXPECT_EQ(sShx.substr(28, 72), sShp.substr(28, 72));
+    EXPECT_EQ(DbfRecords(), 6);
+    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
 }
 
 TEST_F(SetFixture, ReplacesAnEarlierSetAndStartsAgain) {
@@ -176,10 +153,8 @@ TEST_F(SetFixture, ReplacesAnEarlierSetAndStartsAgain) {
         ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
         EXPECT_TRUE(Put(1, MakePoint(iSet, iSet)));
         encoder.CloseFiles();
-        const std::string sShp = Read(".shp");
-        ASSERT_EQ(sShp.size(), 128u);
-        ExpectPoint(sShp, 0, 1, iSet, iSet);
-        ExpectBox(sShp, 36, iSet, iSet, iSet, iSet);
+        ExpectPoints(Read(".shp"), {{iSet, iSet}});
+        ExpectBox(Read(".shp"), iSet, iSet, iSet, iSet);
         EXPECT_EQ(DbfRecords(), 1);
         EXPECT_EQ(Read(".prj"), kPrj);  // whatever the projection
     }
@@ -192,15 +167,13 @@ TEST_F(SetFixture, CloseFailureSkipsTheRest) {
     ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
     EXPECT_TRUE(Put(1, MakePoint(1, 2)));
     encoder.CloseFiles();
-    ASSERT_EQ(capture.vReports.size(), 1u);
-    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.CloseFiles");
+    ExpectReport("tnwShapeEncoder.CloseFiles");
     EXPECT_EQ(DbfRecords(), 1);
     EXPECT_EQ(BigLong(Read(".shp"), 24), 50 + 14);
     EXPECT_FALSE(Exists(".prj"));
     encoder.CloseFiles();
-    const std::string sShx = Read(".shx");
-    EXPECT_EQ(sShx.size(), 108u);
-    EXPECT_EQ(BigLong(sShx, 24), 50);
+    EXPECT_EQ(Read(".shx").size(), 108u);
+    EXPECT_EQ(BigLong(Read(".shx"), 24), 50);
     EXPECT_EQ(capture.vReports.size(), 1u);
 }
 
@@ -219,24 +192,10 @@ TEST_F(SetFixture, DbfErrorBox) {
     EXPECT_FALSE(Exists(".shp"));
 }
 
-// Coordinates that are not finite numbers cannot be placed by any reader: the record is refused.
-TEST_F(SetFixture, NonFiniteCoordinatesAreRefused) {
-    const double dNaN = std::numeric_limits<double>::quiet_NaN();
-    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
-    EXPECT_FALSE(Put(1, MakePoint(dNaN, 1)));
-    EXPECT_TRUE(Put(2, MakePoint(1, 1)));
-    encoder.SetXOffset(std::numeric_limits<double>::infinity());
-    EXPECT_FALSE(Put(3, MakePoint(1, 1)));
-    encoder.CloseFiles();
-    EXPECT_EQ(DbfRecords(), 1);
-    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
-    ASSERT_EQ(capture.vReports.size(), 2u);
-    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.WritePoint");
-}
-
-// A multipoint whose record would not fit the 16-bit word count of an int32 is refused before
-// anything is staged.
-TEST_F(SetFixture, RecordPastTheWordLimitIsRefused) {
+// Coordinates that are not finite numbers cannot be placed by any reader, and a multipoint
+// whose record would not fit the 16-bit word count of an int32 cannot be indexed: such records
+// are refused before anything is staged.
+TEST_F(SetFixture, RecordsNoReaderCouldPlaceAreRefused) {
     struct HugeMultiPoint final : IMultiPoint {
         std::int32_t NumGeometries() const override { return 1 << 28; }
         std::shared_ptr<IGeometry> Geometry(std::int32_t) const override { return MakePoint(0, 0); }
@@ -251,34 +210,20 @@ TEST_F(SetFixture, RecordPastTheWordLimitIsRefused) {
     ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryMultiPoint));
     EXPECT_FALSE(Put(1, std::make_shared<HugeMultiPoint>()));
     encoder.CloseFiles();
-    ASSERT_EQ(capture.vReports.size(), 1u);
-    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.WriteMultiPoint");
-    EXPECT_EQ(capture.vReports[0].lNumber, errOverflow);
+    ExpectReport("tnwShapeEncoder.WriteMultiPoint", errOverflow);
     EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
-}
 
-// A write that fails leaves the set unfinished: it takes no further records and its headers
-// are not patched, so it never claims the records it lost.
-TEST_F(SetFixture, FailedWriteLeavesTheSetUnfinished) {
+    capture.vReports.clear();
     ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
-    const auto tSaved = platform::Sys().write;
-    platform::Sys().write = [](int, const void*, std::size_t) -> ssize_t {
-        errno = ENOSPC;
-        return -1;
-    };
-    int nWritten = 0;
-    while (Put(nWritten + 1, MakePoint(1, 1)))
-        ++nWritten;
-    platform::Sys().write = tSaved;
-    EXPECT_GT(nWritten, 1000);  // the buffers filled before the first write
-    EXPECT_FALSE(Put(1, MakePoint(1, 1)));
-    ASSERT_GE(capture.vReports.size(), 2u);
-    EXPECT_EQ(capture.vReports[0].lNumber, errDiskFull);
+    EXPECT_FALSE(Put(1, MakePoint(std::numeric_limits<double>::quiet_NaN(), 1)));
+    EXPECT_TRUE(Put(2, MakePoint(1, 1)));
+    encoder.SetXOffset(std::numeric_limits<double>::infinity());
+    EXPECT_FALSE(Put(3, MakePoint(1, 1)));
     encoder.CloseFiles();
-    EXPECT_FALSE(Exists(".prj"));
-    EXPECT_EQ(DbfRecords(), 0);
-    EXPECT_NE(BigLong(Read(".shp"), 24) * 2, static_cast<std::int32_t>(Read(".shp").size()));
-    EXPECT_NE(CheckShapeSet(Base()).iStatus, 0);
+    EXPECT_EQ(DbfRecords(), 1);
+    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
+    ASSERT_EQ(capture.vReports.size(), 2u);
+    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.WritePoint");
 }
 
 }  // namespace

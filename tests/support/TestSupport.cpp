@@ -33,11 +33,6 @@ std::string ReadFile(const std::string& sPath) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-std::vector<std::uint8_t> ReadBytes(const std::string& sPath) {
-    std::string s = ReadFile(sPath);
-    return std::vector<std::uint8_t>(s.begin(), s.end());
-}
-
 void WriteFile(const std::string& sPath, const std::string& sBytes) {
     std::ofstream out(sPath, std::ios::binary | std::ios::trunc);
     out << sBytes;

@@ -29,7 +29,6 @@ private:
 };
 
 std::string ReadFile(const std::string& sPath);
-std::vector<std::uint8_t> ReadBytes(const std::string& sPath);
 void WriteFile(const std::string& sPath, const std::string& sBytes);
 
 // The error number an operation raises; 0 when it raises none.
