@@ -73,11 +73,12 @@ public:
         m_sFSN = sBase + ".fsn";
 
         const auto oInput = tInput.oSource->Columns();
-        auto oAttributes = NewColumns();
+        m_oAttributeInput = NewColumns();
         for (const auto& oColumn : oInput->Items()) {
             if (!oColumn->Visible() || IsPointKey(oColumn->Key())) continue;
-            if (!SampleOf(oColumn->Key())) oAttributes->AddColumn(oColumn);
+            if (!SampleOf(oColumn->Key())) m_oAttributeInput->AddColumn(oColumn);
         }
+        const auto oAttributes = TableColumns(*m_oAttributeInput);
         auto oSamples = NewColumns();
         for (const SampleField& tField : kSampleFields) {
             auto oSource = oInput->Item(tField.sField);
@@ -90,6 +91,7 @@ public:
             m_aPointColumns[i] = oInput->Item(kPointKeys[i]);
 
         m_oMain.emplace(m_sPath);
+        m_oAttributeColumns = oAttributes;
         OpenTable(m_oAttributes, oAttributes, m_sFDT, oConsole);
         if (!m_vSamples.empty()) OpenTable(m_oSamples, oSamples, m_sFSN, oConsole);
     }
@@ -108,6 +110,10 @@ public:
 
         for (const auto& [oSource, oField] : m_vSamples)
             oField->SetValue(oSource->Value());
+        const auto& vFrom = m_oAttributeInput->Items();
+        const auto& vTo = m_oAttributeColumns->Items();
+        for (std::size_t i = 0; i < vFrom.size() && i < vTo.size(); ++i)
+            vTo[i]->SetValue(vFrom[i]->Value());
         const bool bRows = m_oAttributes.Update() && (m_vSamples.empty() || m_oSamples.Update());
         ++m_lRows;
         for (const Part& tPart : vParts) {
@@ -185,6 +191,7 @@ private:
     }
     static void OpenTable(tnwShapeEncoder& oTable, const std::shared_ptr<tnwColumns>& oColumns,
                           const std::string& sPath, Console& oConsole) {
+        oTable.SetBlankEmptyValues(true);
         if (!oTable.Initialize(sPath + kTemporary, oColumns, static_cast<tnwGeometryType>(0))) {
             const std::string sBox = oConsole.TakeBoxText();
             throw Failure(kExitOutput,
@@ -221,6 +228,8 @@ private:
     std::string m_sPath, m_sFDT, m_sFSN;
     std::optional<standins::FGPWriter> m_oMain;
     tnwShapeEncoder m_oAttributes;
+    std::shared_ptr<tnwColumns> m_oAttributeInput;    // the input's columns that go to the .fdt
+    std::shared_ptr<tnwColumns> m_oAttributeColumns;  // and their fields there
     tnwShapeEncoder m_oSamples;
     std::vector<std::pair<std::shared_ptr<tnwColumn>, std::shared_ptr<tnwColumn>>> m_vSamples;
     std::array<std::shared_ptr<tnwColumn>, std::size(kPointKeys)> m_aPointColumns;

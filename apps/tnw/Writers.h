@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "core/GISLib.h"
 #include "core/Geometry.h"
 
 namespace tnw::cli {
@@ -37,6 +38,10 @@ public:
     // What the summary line adds about the output, such as ", points"; "" for nothing.
     virtual std::string Detail() const { return {}; }
 };
+
+// The columns of a dBase table for the input's: a number field wide enough for its number
+// text, a text field at most 254 bytes wide.
+std::shared_ptr<tnwColumns> TableColumns(const tnwColumns& oInput);
 
 std::unique_ptr<RecordWriter> NewTextWriter();
 std::unique_ptr<RecordWriter> NewTableWriter();

@@ -40,9 +40,9 @@ constexpr ColumnSpec kColumns[] = {
 };
 // The columns of the point's own values, with PointColumns.
 constexpr ColumnSpec kPointColumns[] = {
-    {"Longitude", vtDouble, 14, 9, 3, true, 0}, {"Latitude", vtDouble, 14, 9, 3, true, 0},
-    {"UTCTime", vtDouble, 14, 3, 3, true, 0},   {"Heading", vtDouble, 10, 3, 3, true, 0},
-    {"RegionID", vtInt32, 10, 0, 3, true, 0},   {"AttributeID", vtInt32, 10, 0, 3, true, 0},
+    {"Longitude", vtDouble, 24, 15, 3, true, 0}, {"Latitude", vtDouble, 24, 15, 3, true, 0},
+    {"UTCTime", vtDouble, 24, 3, 3, true, 0},    {"Heading", vtDouble, 24, 6, 3, true, 0},
+    {"RegionID", vtInt32, 11, 0, 3, true, 0},    {"AttributeID", vtInt32, 11, 0, 3, true, 0},
 };
 constexpr std::int32_t kUnit = 16;
 
@@ -387,8 +387,9 @@ void tnwFGPDecoder::FillPointColumns() {
                                             "Heading",   "RegionID", "AttributeID"};
     std::array<Variant, std::size(kKeys)> aValues;
     if (iPhase == 3 || (iPhase == 2 && bAsSites)) {
-        aValues = {Longitude(), Latitude(), Altitude(),   UTCTime(),
-                   Heading(),   RegionID(), AttributeID()};
+        // "Altitude" is one of the set's own columns, with its 3 decimals.
+        aValues = {Longitude(), Latitude(),   RoundHalfEven(Altitude(), 3), UTCTime(), Heading(),
+                   RegionID(),  AttributeID()};
     }
     for (std::size_t i = 0; i < aValues.size(); ++i) {
         if (const auto oColumn = oColumns->Item(kKeys[i])) oColumn->SetValue(aValues[i]);

@@ -33,8 +33,9 @@ public:
     void SetEmptyMissingRows(bool bValue) { bEmptyMissingRows = bValue; }
     // Off by default: a point's own values reach the host through the properties only. On
     // (set it before Filename): the columns end with "Longitude", "Latitude", "UTCTime",
-    // "Heading", "RegionID" and "AttributeID", and these and "Altitude" hold the point's
-    // values at each site and loose point, and are empty at a region or a whole line.
+    // "Heading", "RegionID" and "AttributeID", and these and "Altitude" (rounded to its 3
+    // decimals) hold the point's values at each site and loose point, and are empty at a
+    // region or a whole line.
     bool PointColumns() const { return bPointColumns; }
     void SetPointColumns(bool bValue) { bPointColumns = bValue; }
     const std::string& Filename() const { return sFilename; }
