@@ -8,6 +8,7 @@
 
 #include "ShapeFile.h"
 #include "core/Error.h"
+#include "core/FGPFile.h"
 #include "decoders/tnwShapeDecoder.h"
 #include "platform/File.h"
 
@@ -204,6 +205,42 @@ void LogInfo(const InputOptions& tOptions, Console& oConsole) {
     for (const auto& oColumn : vColumns) {
         std::printf("  %-12s %-6s field %d%s\n", oColumn->Key().c_str(),
                     oColumn->Type() == vtString ? "text" : "number", oColumn->Position(),
+void FGPInfo(const InputOptions& tOptions, Console&) {
+    const Input tInput = OpenInput(tOptions);
+    std::error_code ec;
+    Field("File:", tInput.sPath + " (" + SizeText(fs::file_size(tInput.sPath, ec)) + ")");
+    Field("Kind:", "FGP set");
+    const auto oFile = CreateAs<tnwFGPFile>(kProgIdFGPFile, "Missing Component");
+    if (!oFile) throw Failure(kExitInternal, "no reader of FGP main files");
+    oFile->Open(tInput.sPath);
+    const auto oLines = oFile->Lines();
+    std::int64_t lVertices = 0;
+    for (std::int32_t lLine = 1; lLine <= oLines->Count(); ++lLine)
+        lVertices += oLines->Item(lLine)->Count();
+    Field("Regions:", std::to_string(oFile->Regions()->Count()));
+    Field("Lines:", std::to_string(oLines->Count()) + " (" + std::to_string(lVertices) +
+                        (lVertices == 1 ? " vertex)" : " vertices)"));
+    Field("Points:", std::to_string(oFile->Points()->Count()));
+    Field("Records:", std::to_string(tInput.oSource->RecordCount()));
+    const std::string sBase = tInput.sPath.substr(0, tInput.sPath.size() - 4);
+    for (const auto& [sLabel, sTable] :
+         {std::pair("Samples:", sBase + ".fsn"), std::pair("Table:", sBase + ".fdt")}) {
+        if (!fs::is_regular_file(sTable, ec)) {
+            Field(sLabel, "none (no " + sTable + ")");
+            continue;
+        }
+        const auto oTable = OpenTable(sTable);
+        Field(sLabel,
+              sTable + ", " + CountText(TableRecords(oTable), "row") + ": " + oTable->Schema());
+    }
+    const auto& vColumns = tInput.oSource->Columns()->Items();
+    Field("Columns:", std::to_string(vColumns.size()));
+    for (const auto& oColumn : vColumns) {
+        const std::int32_t lType = oColumn->Type();
+        std::printf("  %-12s %s%s\n", oColumn->Key().c_str(),
+                    lType == vtString ? "text"
+                    : lType == vtDate ? "date"
+                                      : "number",
                     oColumn->Visible() ? "" : ", hidden");
     }
 }

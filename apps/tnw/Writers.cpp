@@ -147,40 +147,6 @@ std::int64_t TableRecordCount(const std::string& sTable) {
     return tnwDecoderRecordSource(oTable).RecordCount();
 }
 
-// The widest number text: sign, 15 digits, point and a three-digit exponent.
-constexpr std::int16_t kNumberWidth = 24;
-// The widest text field of a dBase table.
-constexpr std::int16_t kTextWidth = 254;
-
-// The table's columns: the input's, with fields that hold their values. A number field up to 15
-// wide holds the number text of whatever its input field held; a wider one is made 24 wide, so
-// that a number of 15 significant digits in exponent form fits. A text field is at most 254
-// bytes wide; a longer text is cut and named by the writer.
-std::shared_ptr<tnwColumns> TableColumns(const tnwColumns& oInput) {
-    auto oColumns = CreateAs<tnwColumns>(kProgIdColumns, "Missing Component");
-    if (!oColumns) throw Failure(kExitOutput, "no column list can be made");
-    for (const auto& c : oInput.Items()) {
-        std::int16_t iSize = c->Size();
-        switch (c->Type()) {
-            case vtString:
-                iSize = std::min(iSize, kTextWidth);
-                break;
-            case vtDate:
-                iSize = std::max<std::int16_t>(iSize, 8);
-                break;
-            case vtBoolean:
-                iSize = std::max<std::int16_t>(iSize, 1);
-                break;
-            default:
-                if (iSize > 15) iSize = std::max(iSize, kNumberWidth);
-                break;
-        }
-        oColumns->Add(c->Key(), c->Name(), c->Description(), c->Type(), iSize, c->Precision(),
-                      c->Flags(), c->Kind(), c->Unit(), c->Tag(), c->Visible(), c->Active());
-    }
-    return oColumns;
-}
-
 // A shapefile set, or its .dbf alone for a table.
 class ShapeSetWriter final : public RecordWriter {
 public:
@@ -470,6 +436,38 @@ std::string OutputText(const std::vector<fs::path>& vFiles, const std::string& s
         }
     }
     return sFiles + " (" + SizeText(nBytes) + sDetail + ")";
+// The widest number text: sign, 15 digits, point and a three-digit exponent.
+constexpr std::int16_t kNumberWidth = 24;
+// The widest text field of a dBase table.
+constexpr std::int16_t kTextWidth = 254;
+
+// The table's columns: the input's, with fields that hold their values. A number field up to 15
+// wide holds the number text of whatever its input field held; a wider one is made 24 wide, so
+// that a number of 15 significant digits in exponent form fits. A text field is at most 254
+// bytes wide; a longer text is cut and named by the writer.
+std::shared_ptr<tnwColumns> TableColumns(const tnwColumns& oInput) {
+    auto oColumns = CreateAs<tnwColumns>(kProgIdColumns, "Missing Component");
+    if (!oColumns) throw Failure(kExitOutput, "no column list can be made");
+    for (const auto& c : oInput.Items()) {
+        std::int16_t iSize = c->Size();
+        switch (c->Type()) {
+            case vtString:
+                iSize = std::min(iSize, kTextWidth);
+                break;
+            case vtDate:
+                iSize = std::max<std::int16_t>(iSize, 8);
+                break;
+            case vtBoolean:
+                iSize = std::max<std::int16_t>(iSize, 1);
+                break;
+            default:
+                if (iSize > 15) iSize = std::max(iSize, kNumberWidth);
+                break;
+        }
+        oColumns->Add(c->Key(), c->Name(), c->Description(), c->Type(), iSize, c->Precision(),
+                      c->Flags(), c->Kind(), c->Unit(), c->Tag(), c->Visible(), c->Active());
+    }
+    return oColumns;
 }
 
 std::unique_ptr<RecordWriter> NewTextWriter() {

@@ -23,7 +23,7 @@ constexpr const char* kGlobalOptions =
 
 constexpr const char* kDescription =
     "tnw moves precision-agriculture field data between delimited text (.csv .txt .tsv), "
-    "dBase tables (.dbf), GPL logs (.gpl) and shapefile sets (.shp), writes application plans "
+    "dBase tables (.dbf), GPL logs (.gpl), shapefile sets (.shp) and FGP sets (.fgp), writes application plans "
     "as plan-grid files (.fpd), tells what a file holds, and draws a map of it. File kinds "
     "follow the extension, case-insensitive.";
 
@@ -32,7 +32,7 @@ void AddInputOptions(CLI::App& oCommand, InputOptions& tInput, bool bDelimiter) 
     oCommand
         .add_option("--from", tInput.sFrom,
                     "Kind of the input, whatever its extension: csv, "
-                    "txt, tsv, dbf, shp or gpl")
+                    "txt, tsv, dbf, shp, gpl or fgp")
         ->group(sGroup);
     if (bDelimiter) {
         oCommand
@@ -83,6 +83,17 @@ void AddInputOptions(CLI::App& oCommand, InputOptions& tInput, bool bDelimiter) 
                   "\",\" is the decimal mark of a text input's numbers (found by itself when "
                   "the delimiter is not \",\")")
         ->group(sGroup);
+    oCommand
+        .add_option("--phase", tInput.sPhase,
+                    "Of an FGP set, only its regions, lines or points (default: all, in that "
+                    "order)")
+        ->check(CLI::IsMember({"regions", "lines", "points"}))
+        ->group(sGroup);
+    oCommand
+        .add_flag("--as-sites", tInput.bAsSites,
+                  "Of an FGP set, each vertex of a line as a point with its own values (default: "
+                  "each line whole)")
+        ->group(sGroup);
 }
 
 }  // namespace
@@ -117,7 +128,10 @@ int main(int argc, char** argv) {
                     "  tnw convert yield.csv copy.txt --delimiter ';'\n"
                     "  tnw convert zones.shp plan.fpd --rate RATE\n"
                     "  tnw convert log.gpl log.shp\n"
-                    "  tnw convert yield.csv log.gpl\n\n") +
+                    "  tnw convert yield.csv log.gpl\n"
+                    "  tnw convert spray.fgp passes.shp --phase lines\n"
+                    "  tnw convert spray.fgp sites.csv --as-sites\n"
+                    "  tnw convert points.csv set.fgp\n\n") +
         kGlobalOptions + kExitCodeHelp);
     pConvert->fallthrough();
     pConvert->add_option("input", tConvertIn.sPath, "File to read")->required();
@@ -134,7 +148,7 @@ int main(int argc, char** argv) {
     pConvert
         ->add_option("--to", tOut.sTo,
                      "Kind of the output, whatever its extension: csv, txt, "
-                     "tsv, dbf, shp, fpd or gpl")
+                     "tsv, dbf, shp, fpd, gpl or fgp")
         ->group("Output");
     pConvert
         ->add_option("--delimiter", tOut.sDelimiter,

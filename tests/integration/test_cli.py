@@ -398,6 +398,93 @@ class Info(ToolCase):
                     self.assertRegex(out, pattern)
 
 
+def read_fgp(path):
+    """(regions, lines, points) of an FGP main file, each point (fsn row, lon, lat), read from
+    the format as docs/fgp-format.md gives it."""
+    with open(path, "rb") as f:
+        data = f.read()
+    assert data[:8] == b"\x89FGP\r\n\x1a\n"
+    regions, lines, points, vertices = struct.unpack_from("<iiiq", data, 12)
+    records = [struct.unpack_from("<iiidddd", data, 32 + 52 * k) for k in range(vertices + points)]
+    record = [(r[0], r[4], r[5]) for r in records]
+    table = 32 + 52 * (vertices + points)
+    parts = [struct.unpack_from("<qi", data, table + 12 * k) for k in range(regions + lines)]
+    as_lists = [record[first : first + count] for first, count in parts]
+    return as_lists[:regions], as_lists[regions:], record[vertices:]
+
+
+class FGPSets(ToolCase):
+    @staticmethod
+    def table(path):
+        with open(path, "rb") as dbf, shapefile.Reader(dbf=dbf, encoding="cp1252") as reader:
+            return [f[0] for f in reader.fields[1:]], [list(r) for r in reader.records()]
+
+    def test_sample_becomes_a_shapefile_set_of_each_kind(self):
+        regions, lines, points = read_fgp(self.example("spray.fgp"))
+        _, samples = self.table(self.example("spray.fsn"))
+        closed = [r + r[:1] * (r[0][1:] != r[-1][1:]) for r in regions]
+        cases = (
+            ("regions", [], 5, [[(v[1], v[2]) for v in r] for r in closed]),
+            ("lines", [], 3, [[(v[1], v[2]) for v in line] for line in lines]),
+            ("points", [], 1, [[(p[1], p[2])] for p in points]),
+            ("lines", ["--as-sites"], 1, [[(v[1], v[2])] for line in lines for v in line]),
+        )
+        for phase, options, shape_type, shapes in cases:
+            with self.subTest(phase=phase, options=options):
+                base, _ = self.convert(self.example("spray.fgp"), phase + "".join(options) + ".shp",
+                                       "--phase", phase, *options)
+                kind, got, fields, records = read_set(base)
+                self.assertEqual((kind, len(got)), (shape_type, len(shapes)))
+                # The writer may turn a ring around to wind it as the format asks.
+                for parts, expected in zip(got, shapes):
+                    self.assertIn(parts[0], (expected, expected[::-1]))
+        # Each site carries its own sample row.
+        rate = [f[0] for f in fields].index("Rate_Act")
+        self.assertEqual([r[rate] for r in records],
+                         [samples[v[0] - 1][0] for line in lines for v in line])
+
+    def test_all_kinds_as_text_with_times_and_attributes(self):
+        self.convert(self.example("spray.fgp"), "all.csv", "--as-sites")
+        with open(self.path("all.csv"), newline="") as f:
+            records = list(csv.DictReader(f))
+        self.assertEqual(len(records), 2 + 240 + 5)
+        self.assertTrue(records[0]["Geometry"].startswith("POLYGON (("))
+        site, point = records[2], records[-1]
+        self.assertEqual(float(site["UTCTime"]), 1718182800)  # 09:00 on the row's day
+        self.assertEqual((site["Date"], site["Operator"]), ("2024-06-12", "R. Lind"))
+        self.assertEqual(float(point["UTCTime"]), 1718380800 + 1200)  # a full time stays
+
+    def test_info_tells_the_parts_and_the_side_tables(self):
+        code, out, err = run("info", self.example("spray.fgp"))
+        self.assertEqual(code, 0, err)
+        for line in ("Regions:  2\n", "Lines:    8 (240 vertices)\n", "Points:   5\n",
+                     "Records:  15\n", "spray.fsn, 263 rows: Rate~N~8~2~|"):
+            self.assertIn(line, out)
+        code, out, _ = run("info", self.example("spray.fgp"), "--as-sites", "--phase", "lines")
+        self.assertIn("Records:  240\n", out)
+
+    def test_points_become_a_set_with_both_side_tables_and_read_back(self):
+        src = self.write("pts.csv", "Longitude,Latitude,Rate,NDVI,Crop\n"
+                                    "-93.5,42.25,12.5,.61,corn\n-93.6,42.5,13,.7,soy\n")
+        _, err = self.convert(src, "out.fgp")
+        self.assertIn("0 regions, 0 lines, 2 points", err)
+        self.assertEqual(read_fgp(self.path("out.fgp"))[2], [(1, -93.5, 42.25), (2, -93.6, 42.5)])
+        self.assertEqual(self.table(self.path("out.fsn")), (["Rate", "NDVI"], [[12.5, .61], [13, .7]]))
+        self.assertEqual(self.table(self.path("out.fdt")), (["Crop"], [["corn"], ["soy"]]))
+        self.convert(self.path("out.fgp"), "back.csv")
+        with open(self.path("back.csv"), newline="") as f:
+            back = [(float(r["Rate_Act"]), float(r["NDVI"]), r["Crop"]) for r in csv.DictReader(f)]
+        self.assertEqual(back, [(12.5, .61, "corn"), (13, .7, "soy")])
+
+    def test_damaged_sets_and_bad_options(self):
+        with open(self.example("spray.fgp"), "rb") as f:
+            data = f.read()
+        with open(self.path("cut.fgp"), "wb") as f:
+            f.write(data[:-5])
+        self.assertIn("cut.fgp", self.fails(3, "convert", self.path("cut.fgp"), self.path("x.shp")))
+        self.fails(2, "convert", self.example("spray.fgp"), self.path("x.shp"), "--phase", "roads")
+
+
 class Previews(ToolCase):
     def marks(self, source, *options):
         code, _, err = run("preview", source, self.path("p.svg"), *options)
@@ -672,7 +759,7 @@ class Examples(unittest.TestCase):
         script = os.path.join(EXAMPLES, "..", "scripts", "make_examples.py")
         with tempfile.TemporaryDirectory(prefix="tnw-examples-") as folder:
             subprocess.run([sys.executable, script, folder], check=True)
-            for name in ("yield.csv", "boundaries.csv"):
+            for name in ("yield.csv", "boundaries.csv", "spray.fgp", "spray.fdt", "spray.fsn"):
                 with open(os.path.join(folder, name), "rb") as made, \
                         open(os.path.join(EXAMPLES, name), "rb") as bundled:
                     self.assertEqual(made.read(), bundled.read(), name)
