@@ -205,6 +205,10 @@ void LogInfo(const InputOptions& tOptions, Console& oConsole) {
     for (const auto& oColumn : vColumns) {
         std::printf("  %-12s %-6s field %d%s\n", oColumn->Key().c_str(),
                     oColumn->Type() == vtString ? "text" : "number", oColumn->Position(),
+                    oColumn->Visible() ? "" : ", hidden");
+    }
+}
+
 void FGPInfo(const InputOptions& tOptions, Console&) {
     const Input tInput = OpenInput(tOptions);
     std::error_code ec;
@@ -229,7 +233,8 @@ void FGPInfo(const InputOptions& tOptions, Console&) {
             Field(sLabel, "none (no " + sTable + ")");
             continue;
         }
-        const auto oTable = OpenTable(sTable);
+        Input tTable;
+        const auto oTable = OpenTableDecoder(tOptions, sTable, false, tTable);
         Field(sLabel,
               sTable + ", " + CountText(TableRecords(oTable), "row") + ": " + oTable->Schema());
     }

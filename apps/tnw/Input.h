@@ -28,8 +28,8 @@ struct InputOptions {
     bool bKeepDeleted = false;        // --keep-deleted: a table's deleted records are read too
     bool bDecimalComma = false;       // "," is the decimal mark of numbers in the text
     std::vector<std::string> vTypes;  // --type COLUMN=real|integer|text|date, as given
-    std::string sPhase;         // of an FGP set: "regions", "lines" or "points"; "" for all
-    bool bAsSites = false;      // of an FGP set: each vertex of a line a point of its own
+    std::string sPhase;               // of an FGP set: "regions", "lines" or "points"; "" for all
+    bool bAsSites = false;            // of an FGP set: each vertex of a line a point of its own
 };
 
 struct Input {

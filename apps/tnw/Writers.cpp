@@ -436,6 +436,8 @@ std::string OutputText(const std::vector<fs::path>& vFiles, const std::string& s
         }
     }
     return sFiles + " (" + SizeText(nBytes) + sDetail + ")";
+}
+
 // The widest number text: sign, 15 digits, point and a three-digit exponent.
 constexpr std::int16_t kNumberWidth = 24;
 // The widest text field of a dBase table.

@@ -23,7 +23,8 @@ constexpr const char* kGlobalOptions =
 
 constexpr const char* kDescription =
     "tnw moves precision-agriculture field data between delimited text (.csv .txt .tsv), "
-    "dBase tables (.dbf), GPL logs (.gpl), shapefile sets (.shp) and FGP sets (.fgp), writes application plans "
+    "dBase tables (.dbf), GPL logs (.gpl), shapefile sets (.shp) and FGP sets (.fgp), writes "
+    "application plans "
     "as plan-grid files (.fpd), tells what a file holds, and draws a map of it. File kinds "
     "follow the extension, case-insensitive.";
 
