@@ -61,12 +61,6 @@ void ExpectPoints(const std::string& sShp, const std::vector<std::pair<double, d
     }
 }
 
-void ExpectBox(const std::string& sFile, double x0, double y0, double x1, double y1) {
-    EXPECT_EQ(std::tuple(LittleDouble(sFile, 36), LittleDouble(sFile, 44), LittleDouble(sFile, 52),
-                         LittleDouble(sFile, 60)),
-              std::tuple(x0, y0, x1, y1));
-}
-
 // Offsets move points; Update2 writes the stored point again, before any geometry (0, 0) and
 // after a polygon (the last point); centroids make points of polygons.
 TEST_F(SetFixture, PointRecordsAndBookkeeping) {
@@ -96,7 +90,9 @@ TEST_F(SetFixture, PointRecordsAndBookkeeping) {
     EXPECT_EQ(BigLong(sShp, 24), 50 + 14 * 6);
     EXPECT_EQ(BigLong(sShx, 24), 50 + 4 * 6);
     EXPECT_EQ(std::pair(BigLong(sShx, 116), BigLong(sShx, 120)), std::pair(78, 10));  // entry 3
-    ExpectBox(sShp, 7.0, -1.0, 11.5, 3.25);
+    EXPECT_EQ(std::tuple(LittleDouble(sShp, 36), LittleDouble(sShp, 44), LittleDouble(sShp, 52),
+                         LittleDouble(sShp, 60)),
+              std::tuple(7.0, -1.0, 11.5, 3.25));  // the bounding box
     EXPECT_EQ(sShx.substr(28, 72), sShp.substr(28, 72));
     EXPECT_EQ(DbfRecords(), 6);
     EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
