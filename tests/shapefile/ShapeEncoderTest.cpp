@@ -98,6 +98,21 @@ TEST_F(SetFixture, PointRecordsAndBookkeeping) {
     EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
 }
 
+// A multipoint record: its own box, the count, then the points; offsets leave it alone.
+TEST_F(SetFixture, MultiPointRecord) {
+    encoder.SetXOffset(100.0);
+    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryMultiPoint));
+    EXPECT_TRUE(Put(1, std::make_shared<standins::MultiPoint>(std::vector<std::shared_ptr<IPoint>>{
+                           standins::Point::Create(3, 1), standins::Point::Create(-1, 5)})));
+    encoder.CloseFiles();
+    const std::string sShp = Read(".shp");
+    ASSERT_EQ(sShp.size(), 100u + 8u + 40u + 32u);
+    EXPECT_EQ(std::tuple(LittleLong(sShp, 108), LittleDouble(sShp, 112), LittleDouble(sShp, 136),
+                         LittleLong(sShp, 144), LittleDouble(sShp, 164)),
+              std::tuple(8, -1.0, 5.0, 2, -1.0));
+    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
+}
+
 // Coordinates that are not finite numbers cannot be placed by any reader: such records are
 // refused before anything is staged.
 TEST_F(SetFixture, RecordsNoReaderCouldPlaceAreRefused) {
