@@ -18,10 +18,11 @@ small=$((records / 10))
 build=build-stress
 data=${STRESS_DIR:-$build/data}
 
-cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DTNW_BUILD_TESTS=ON -DTNW_BUILD_CLI=OFF \
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DTNW_BUILD_TESTS=ON -DTNW_BUILD_BENCHMARKS=ON \
+    -DTNW_BUILD_CLI=OFF \
     >/dev/null
 cmake --build "$build" -j"$(nproc)" --target stress_points >/dev/null
-tool=$build/tests/robustness/stress_points
+tool=$build/bench/stress/stress_points
 
 mkdir -p "$data"
 trap 'rm -f "$data"/small.* "$data"/points.* "$data"/limit.* "$data"/set*.fgp' EXIT

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "core/Error.h"
-#include "core/NumberText.h"
 #include "decoders/tnwDBFDecoder.h"
 #include "support/TestSupport.h"
 
@@ -47,11 +46,6 @@ TEST(FuzzFindings, BlankNumericFieldReadsAsZero) {
     }
     EXPECT_EQ(oLongitude->Value(), Variant(0.0)) << "a blank numeric field gives 0";
     EXPECT_EQ(oReader.FindColumnValue("Longitude", "0"), 0) << "record 1 cannot be read";
-
-    // The rule itself, on texts with and without data.
-    EXPECT_EQ(TextToNumber(std::string_view()), 0.0);
-    EXPECT_EQ(TextToNumber(std::string_view("&", 1)), 0.0);
-    EXPECT_EQ(TextToNumber(std::string_view("&H", 2)), 0.0);
 }
 
 }  // namespace

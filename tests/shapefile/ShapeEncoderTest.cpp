@@ -1,20 +1,35 @@
-// The file set of tnwShapeEncoder: names, creation and the "DBF Error" box, record routing and
-// bookkeeping, point records byte for byte, close-out, and the failure paths.
+// Point records of tnwShapeEncoder byte for byte, their bookkeeping, records no reader could
+// place, and a whole record source with progress.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <limits>
+#include <optional>
 
 #include "ShapeTestSupport.h"
-#include "gislib/Projection.h"
+#include "gislib/MemoryRecordSource.h"
 #include "shapefile/tnwShapeEncoder.h"
 
 namespace tnw::test {
 namespace {
 
-const std::string kPrj =
-    "GEOGCS [\"GCS_WGS_1984\",DATUM[\"D_WGS_1984\",SPHEROID[\"WGS_1984\",6378137.0,"
-    "298.257223563]],PRIMEM[\"Greenwich\",0.0],UNIT[\"Degree\",0.0174532925199433]]";
+// The stand-in source, able to misstate its RecordCount.
+class MisstatedSource final : public tnwRecordSource {
+public:
+    MisstatedSource(std::shared_ptr<tnwColumns> oColumns, std::int32_t eGeometryType)
+        : m_oRows(oColumns, eGeometryType) {}
+    standins::MemoryRecordSource m_oRows;
+    std::optional<std::int32_t> lStatedCount;
+
+    void MoveFirst() override { m_oRows.MoveFirst(); }
+    void MoveNext() override { m_oRows.MoveNext(); }
+    bool Eof() const override { return m_oRows.Eof(); }
+    std::int32_t RecordCount() const override {
+        return lStatedCount.value_or(m_oRows.RecordCount());
+    }
+    std::int32_t GeometryType() const override { return m_oRows.GeometryType(); }
+    std::shared_ptr<IGeometry> Geometry() const override { return m_oRows.Geometry(); }
+    std::shared_ptr<tnwColumns> Columns() const override { return m_oRows.Columns(); }
+};
 
 struct SetFixture : ::testing::Test {
     ScopedCapture capture;
@@ -25,9 +40,6 @@ struct SetFixture : ::testing::Test {
 
     std::string Base() const { return dir.Path("s"); }
     std::string Read(const std::string& sExtension) const { return ReadFile(Base() + sExtension); }
-    bool Exists(const std::string& sExtension) const {
-        return std::filesystem::exists(Base() + sExtension);
-    }
     // One record: an id and a geometry (nothing for none), through Update.
     bool Put(std::int32_t lId, std::shared_ptr<IGeometry> oGeometry) {
         oId->SetValue(lId);
@@ -35,13 +47,6 @@ struct SetFixture : ::testing::Test {
         return encoder.Update();
     }
     std::int32_t DbfRecords() const { return LittleLong(Read(".dbf"), 4); }
-    void ExpectReport(const std::string& sSource, std::int32_t lNumber = 0) {
-        ASSERT_EQ(capture.vReports.size(), 1u);
-        EXPECT_EQ(capture.vReports[0].sSource, sSource);
-        if (lNumber) {
-            EXPECT_EQ(capture.vReports[0].lNumber, lNumber);
-        }
-    }
 };
 
 // Record header (big-endian number and length 10), shape type 1, x, y.
@@ -56,67 +61,13 @@ void ExpectPoints(const std::string& sShp, const std::vector<std::pair<double, d
     }
 }
 
-void ExpectBox(const std::string& sFile, double x0, double y0, double x1, double y1) {
-    EXPECT_EQ(std::tuple(LittleDouble(sFile, 36), LittleDouble(sFile, 44), LittleDouble(sFile, 52),
-                         LittleDouble(sFile, 60)),
-              std::tuple(x0, y0, x1, y1));
-}
-
-TEST_F(SetFixture, NamesAndGeometryTypesDecideTheFiles) {
-    const std::vector<std::pair<std::string, std::string>> vNames = {
-        {"a.shp", "a"}, {"a.dbf", "a"}, {"a", "a"}, {"a.data", "a.data"}, {"a.b.shx", "a.b"}};
-    for (const auto& [sGiven, sBase] : vNames) {
-        SCOPED_TRACE(sGiven);
-        ASSERT_TRUE(encoder.Initialize(dir.Path(sGiven), oColumns, tnwGeometryPoint));
-        encoder.CloseFiles();
-        EXPECT_EQ(encoder.Filename(), dir.Path(sBase));
-        for (const char* sExtension : {".dbf", ".shp", ".shx", ".mcd", ".prj"})
-            EXPECT_TRUE(std::filesystem::exists(dir.Path(sBase) + sExtension)) << sExtension;
-    }
-    // Geometry type to shape type; -2 stands for Initialize without a type, which makes polygons.
-    for (const auto& [lGeometryType, lShapeType] :
-         std::vector<std::pair<std::int32_t, std::int32_t>>{
-             {1, 1}, {2, 3}, {3, 5}, {4, 8}, {0, 0}, {5, 0}, {-1, 0}, {-2, 5}}) {
-        SCOPED_TRACE(lGeometryType);
-        std::filesystem::remove_all(dir.Root());
-        std::filesystem::create_directories(dir.Root());
-        ASSERT_TRUE(lGeometryType == -2
-                        ? encoder.Initialize(Base(), oColumns)
-                        : encoder.Initialize(Base(), oColumns,
-                                             static_cast<tnwGeometryType>(lGeometryType)));
-        encoder.CloseFiles();
-        for (const char* sExtension : {".shp", ".shx", ".prj"})
-            EXPECT_EQ(Exists(sExtension), lShapeType != 0) << sExtension;
-        if (lShapeType != 0) {
-            EXPECT_EQ(LittleLong(Read(".shp"), 32), lShapeType);
-        }
-    }
-}
-
-TEST_F(SetFixture, EmptySetIsFinished) {
-    ASSERT_TRUE(encoder.Initialize(Base(), oColumns));
-    encoder.CloseFiles();
-    encoder.CloseFiles();  // the second does nothing
-    for (const char* sExtension : {".shp", ".shx"}) {
-        const std::string sFile = Read(sExtension);
-        ASSERT_EQ(sFile.size(), 100u);
-        EXPECT_EQ(std::tuple(BigLong(sFile, 0), BigLong(sFile, 24), LittleLong(sFile, 28)),
-                  std::tuple(9994, 50, 1000));
-        ExpectBox(sFile, 999999999.0, 999999999.0, -999999999.0, -999999999.0);
-        EXPECT_EQ(sFile.substr(68), std::string(32, '\0'));
-    }
-    EXPECT_EQ(Read(".dbf").size(), 32u + 32u + 1u);
-    EXPECT_EQ(Read(".prj"), kPrj);
-    EXPECT_EQ(Read(".mcd"), "<Columns>\r\n" + oId->ToXML("  ") + "</Columns>\r\n");
-    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
-}
-
 // Offsets move points; Update2 writes the stored point again, before any geometry (0, 0) and
 // after a polygon (the last point); centroids make points of polygons.
 TEST_F(SetFixture, PointRecordsAndBookkeeping) {
     const auto oSquare = MakePolygon({{{0, 0}, {0, 2}, {2, 2}, {2, 0}, {0, 0}}});
     EXPECT_FALSE(Put(1, nullptr));  // nothing open
-    ExpectReport("tnwShapeEncoder.Update2");
+    ASSERT_EQ(capture.vReports.size(), 1u);
+    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.Update2");
     encoder.SetXOffset(10.0);
     encoder.SetYOffset(-1.0);
     ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
@@ -139,81 +90,32 @@ TEST_F(SetFixture, PointRecordsAndBookkeeping) {
     EXPECT_EQ(BigLong(sShp, 24), 50 + 14 * 6);
     EXPECT_EQ(BigLong(sShx, 24), 50 + 4 * 6);
     EXPECT_EQ(std::pair(BigLong(sShx, 116), BigLong(sShx, 120)), std::pair(78, 10));  // entry 3
-    ExpectBox(sShp, 7.0, -1.0, 11.5, 3.25);
+    EXPECT_EQ(std::tuple(LittleDouble(sShp, 36), LittleDouble(sShp, 44), LittleDouble(sShp, 52),
+                         LittleDouble(sShp, 60)),
+              std::tuple(7.0, -1.0, 11.5, 3.25));  // the bounding box
     EXPECT_EQ(sShx.substr(28, 72), sShp.substr(28, 72));
     EXPECT_EQ(DbfRecords(), 6);
     EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
 }
 
-TEST_F(SetFixture, ReplacesAnEarlierSetAndStartsAgain) {
-    WriteFile(Base() + ".shp", std::string(5000, 'x'));
-    encoder.SetProjection(
-        std::make_shared<standins::Projection>(standins::SpatialReference::WebMercator()));
-    for (int iSet = 0; iSet < 2; ++iSet) {
-        ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
-        EXPECT_TRUE(Put(1, MakePoint(iSet, iSet)));
-        encoder.CloseFiles();
-        ExpectPoints(Read(".shp"), {{iSet, iSet}});
-        ExpectBox(Read(".shp"), iSet, iSet, iSet, iSet);
-        EXPECT_EQ(DbfRecords(), 1);
-        EXPECT_EQ(Read(".prj"), kPrj);  // whatever the projection
-    }
-}
-
-// A failure while finishing skips what follows it: with no way to write the .mcd, the .prj is
-// not written and the .shx is left unfinished, to be closed as it stands.
-TEST_F(SetFixture, CloseFailureSkipsTheRest) {
-    std::filesystem::create_directories(Base() + ".mcd");
-    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
-    EXPECT_TRUE(Put(1, MakePoint(1, 2)));
-    encoder.CloseFiles();
-    ExpectReport("tnwShapeEncoder.CloseFiles");
-    EXPECT_EQ(DbfRecords(), 1);
-    EXPECT_EQ(BigLong(Read(".shp"), 24), 50 + 14);
-    EXPECT_FALSE(Exists(".prj"));
-    encoder.CloseFiles();
-    EXPECT_EQ(Read(".shx").size(), 108u);
-    EXPECT_EQ(BigLong(Read(".shx"), 24), 50);
-    EXPECT_EQ(capture.vReports.size(), 1u);
-}
-
-TEST_F(SetFixture, DbfErrorBox) {
-    EXPECT_FALSE(encoder.Initialize(Base(), nullptr, tnwGeometryPoint));
-    EXPECT_FALSE(encoder.Initialize(dir.Path("missing/s"), oColumns, tnwGeometryPoint));
-    ASSERT_EQ(capture.vBoxes.size(), 2u);
-    EXPECT_EQ(capture.vBoxes[0].sTitle, "DBF Error");
-    EXPECT_EQ(capture.vBoxes[0].sText,
-              "Error: Object variable or With block variable not set\n" + Base());
-    EXPECT_EQ(capture.vBoxes[0].eIcon, platform::MsgIcon::Exclamation);
-    EXPECT_EQ(capture.vBoxes[1].sText.rfind("Error: File not found", 0), 0u);
-    EXPECT_TRUE(capture.vReports.empty());
-    // The failed set was finished and closed: a table with no fields, and no .shp.
-    EXPECT_EQ(Read(".dbf").size(), 33u);
-    EXPECT_FALSE(Exists(".shp"));
-}
-
-// Coordinates that are not finite numbers cannot be placed by any reader, and a multipoint
-// whose record would not fit the 16-bit word count of an int32 cannot be indexed: such records
-// are refused before anything is staged.
-TEST_F(SetFixture, RecordsNoReaderCouldPlaceAreRefused) {
-    struct HugeMultiPoint final : IMultiPoint {
-        std::int32_t NumGeometries() const override { return 1 << 28; }
-        std::shared_ptr<IGeometry> Geometry(std::int32_t) const override { return MakePoint(0, 0); }
-        std::int32_t GeometryType() const override { return ogcMultiPoint; }
-        std::shared_ptr<IPoint> Centroid() const override { return nullptr; }
-        std::string WKT() const override { return {}; }
-        std::shared_ptr<IGeometry> Project(
-            const std::shared_ptr<ISpatialReference>&) const override {
-            return nullptr;
-        }
-    };
+// A multipoint record: its own box, the count, then the points; offsets leave it alone.
+TEST_F(SetFixture, MultiPointRecord) {
+    encoder.SetXOffset(100.0);
     ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryMultiPoint));
-    EXPECT_FALSE(Put(1, std::make_shared<HugeMultiPoint>()));
+    EXPECT_TRUE(Put(1, std::make_shared<standins::MultiPoint>(std::vector<std::shared_ptr<IPoint>>{
+                           standins::Point::Create(3, 1), standins::Point::Create(-1, 5)})));
     encoder.CloseFiles();
-    ExpectReport("tnwShapeEncoder.WriteMultiPoint", errOverflow);
+    const std::string sShp = Read(".shp");
+    ASSERT_EQ(sShp.size(), 100u + 8u + 40u + 32u);
+    EXPECT_EQ(std::tuple(LittleLong(sShp, 108), LittleDouble(sShp, 112), LittleDouble(sShp, 136),
+                         LittleLong(sShp, 144), LittleDouble(sShp, 164)),
+              std::tuple(8, -1.0, 5.0, 2, -1.0));
     EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
+}
 
-    capture.vReports.clear();
+// Coordinates that are not finite numbers cannot be placed by any reader: such records are
+// refused before anything is staged.
+TEST_F(SetFixture, RecordsNoReaderCouldPlaceAreRefused) {
     ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
     EXPECT_FALSE(Put(1, MakePoint(std::numeric_limits<double>::quiet_NaN(), 1)));
     EXPECT_TRUE(Put(2, MakePoint(1, 1)));
@@ -246,6 +148,32 @@ TEST_F(SetFixture, FailedWriteIsCutBack) {
     encoder.CloseFiles();
     EXPECT_EQ(DbfRecords(), nWritten + 1);
     EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
+}
+
+// Progress every thousand records; a stated count of 0 with records present fails at record
+// 1000, before it is written, leaving the records so far in the open files.
+TEST_F(SetFixture, ImportRSProgressAndAZeroCount) {
+    auto oCallback = std::make_shared<RecordingCallback>();
+    encoder.SetCallback(oCallback);
+    auto oSource = std::make_shared<MisstatedSource>(oColumns, tnwGeometryPoint);
+    for (int i = 0; i < 2500; ++i)
+        oSource->m_oRows.AddRow({Variant(std::int32_t{i})}, MakePoint(i, -i));
+    ASSERT_TRUE(encoder.ImportRS(Base() + ".shp", oSource));
+    encoder.CloseFiles();
+    EXPECT_EQ(oCallback->vCalls,
+              (std::vector<std::string>{"SetBarCount(1,-)", "SetBarText(0,)",
+                                        "SetBarRange(0,0.000000,100.000000)",
+                                        "SetBarValue(0,40.000000)", "SetBarValue(0,80.000000)"}));
+    EXPECT_EQ(DbfRecords(), 2500);
+    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
+
+    oSource->lStatedCount = 0;
+    EXPECT_FALSE(encoder.ImportRS(Base(), oSource));
+    ASSERT_EQ(capture.vReports.size(), 1u);
+    EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.ImportRS");
+    EXPECT_EQ(capture.vReports[0].lNumber, 11);
+    encoder.CloseFiles();
+    EXPECT_EQ(DbfRecords(), 999);
 }
 
 }  // namespace

@@ -19,13 +19,6 @@ inline std::shared_ptr<IGeometry> MakePoint(double x, double y) {
     return standins::Point::Create(x, y);
 }
 
-inline std::shared_ptr<IGeometry> MakeMultiPoint(const std::vector<standins::Coordinate>& vXY) {
-    std::vector<std::shared_ptr<IPoint>> vPoints;
-    for (const auto& t : vXY)
-        vPoints.push_back(standins::Point::Create(t.dX, t.dY));
-    return std::make_shared<standins::MultiPoint>(std::move(vPoints));
-}
-
 inline std::shared_ptr<IGeometry> MakePolygon(
     const std::vector<std::vector<standins::Coordinate>>& vRings) {
     return std::make_shared<standins::Polygon>(vRings);

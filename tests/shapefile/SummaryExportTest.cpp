@@ -158,24 +158,6 @@ TEST_F(SummaryExportFixture, RegionsInOrderWithBarsReadsAndEveryColumnReadBack) 
     EXPECT_TRUE(capture.vReports.empty());
 }
 
-TEST_F(SummaryExportFixture, EmptySummaryAndBarValuesEveryHundredRecords) {
-    ASSERT_TRUE(Export());
-    EXPECT_EQ(*pCalls, (Calls{"SetBarText(0,Regions)", "SetBarRange(0,0.000000,0.000000)",
-                              "ClearBarText(0,-)", "ResetBar(0,-)"}));
-    EXPECT_EQ(CheckShapeSet(dir.Path("s")).iStatus, 0);
-    EXPECT_EQ(encoder.Columns()->Count(), 7);
-
-    AddTrack(250);
-    pCalls->clear();
-    ASSERT_TRUE(Export());
-    Calls vValues;
-    std::copy_if(pCalls->begin(), pCalls->end(), std::back_inserter(vValues),
-                 [](const std::string& s) { return s.rfind("SetBarValue", 0) == 0; });
-    EXPECT_EQ(vValues, (Calls{"SetBarValue(1,0.000000)", "SetBarValue(1,100.000000)",
-                              "SetBarValue(1,200.000000)"}));
-    EXPECT_EQ(std::filesystem::file_size(dir.Path("s.shx")), 100u + 8u * 250u);
-}
-
 // Each failure ends the export where it happens: no bar is cleared, the files stay open.
 TEST_F(SummaryExportFixture, FailuresStopTheExport) {
     struct Case {
@@ -208,21 +190,12 @@ TEST_F(SummaryExportFixture, FailuresStopTheExport) {
         ASSERT_EQ(capture.vReports.size(), 1u);
         EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.ExportVELDSummary");
         EXPECT_EQ(capture.vReports[0].lNumber, tCase.lError);
-        EXPECT_EQ(std::count(pCalls->begin(), pCalls->end(), "SetBarText(1,2 / 2)"), 0);
         EXPECT_EQ(pCalls->back().rfind("Clear", 0), std::string::npos);
         EXPECT_EQ(oTrack->bSwitch, tCase.bSwitchAfter);
         EXPECT_FALSE(std::filesystem::exists(dir.Path("s.mcd")));  // written at close
         encoder.CloseFiles();
         std::filesystem::remove(dir.Path("s.mcd"));
     }
-
-    // No summary, or files that can't be made: nothing else happens.
-    pCalls->clear();
-    EXPECT_FALSE(encoder.ExportVELDSummary(oCallback, nullptr, dir.Path("t")));
-    EXPECT_FALSE(encoder.ExportVELDSummary(oCallback, oSummary, dir.Path("missing/t")));
-    EXPECT_TRUE(pCalls->empty());
-    EXPECT_EQ(capture.vBoxes.size(), 1u);  // the "DBF Error" of the second call
-    EXPECT_FALSE(std::filesystem::exists(dir.Path("t.dbf")));
 }
 
 }  // namespace
