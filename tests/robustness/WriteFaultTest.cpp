@@ -9,9 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "RobustnessSupport.h"
+#include "core/Component.h"
 #include "ogc_sf/Geometries.h"
 #include "shapefile/tnwShapeEncoder.h"
+#include "support/TestSupport.h"
 
 namespace tnw::test {
 namespace {
@@ -58,7 +59,7 @@ TEST_F(WriteFaultTest, RecordThatFailsHalfWrittenIsCutOut) {
     EXPECT_EQ(vTaken, (std::vector<std::int32_t>{1, 2, 4, 5}));
     ASSERT_EQ(oCapture.vReports.size(), 1u);
     EXPECT_EQ(oCapture.vReports[0].lNumber, errDiskFull);
-    EXPECT_EQ(CheckShapeSetBytes(sBase), 0);
+    EXPECT_EQ(CheckShapeSet(sBase, "--no-peers").iStatus, 0);
     EXPECT_EQ(ReadNumbers(sBase + ".dbf", "ID"), vTaken);
 }
 
