@@ -32,12 +32,6 @@ public:
         m_vRecords.push_back(sRecord);
         return *this;
     }
-    // A record of exactly these bytes.
-    DbfTable& Raw(std::string sRecord) {
-        m_vRecords.push_back(std::move(sRecord));
-        return *this;
-    }
-
     std::optional<std::int32_t> lRecordCount;
     std::optional<std::int16_t> iHeaderLength;
     std::optional<std::int16_t> iRecordLength;

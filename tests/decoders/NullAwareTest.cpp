@@ -87,12 +87,13 @@ TEST_F(FaithfulDbfTest, DeletedRecordsAndAClosedTable) {
     EXPECT_EQ(oCapture.vReports[0].sSource, "tnwDBFDecoder.FindColumnValue");
 }
 
-// 1,500 fields (a header of 48,033 bytes) and records of 41,341 bytes read whole, by stepping
+// 1,500 fields (a header of 48,033 bytes) and records of 77,701 bytes, past the reader's 64 KiB
+// buffer, read whole, by stepping
 // and by jumping; names and text in a UTF-8 table keep every character.
 TEST_F(FaithfulDbfTest, LengthsPastSigned16BitsAndUtf8) {
     std::vector<test::DbfField> vFields;
     for (int i = 0; i < 1500; ++i)
-        vFields.push_back({"F" + std::to_string(i), 'C', std::uint8_t(i < 160 ? 250 : 1)});
+        vFields.push_back({"F" + std::to_string(i), 'C', std::uint8_t(i < 300 ? 255 : 1)});
     std::vector<std::string> vTexts(1500, "one");
     EXPECT_EQ(Walk(DbfTable(vFields).Row(vTexts).Row(std::vector<std::string>(1500, "x")), false),
               (std::vector<Variant>{"one", "x"}));

@@ -1,20 +1,16 @@
-// tnwShapeDecoder on shapefiles written by GDAL and on hand-built main headers.
+// tnwShapeDecoder on hand-built main headers.
 #include <gtest/gtest.h>
 
 #include <array>
 #include <bit>
 #include <tuple>
 
-#include "ExternalTools.h"
 #include "core/Error.h"
 #include "decoders/tnwShapeDecoder.h"
 #include "support/TestSupport.h"
 
 namespace tnw {
 namespace {
-
-using test::Quoted;
-using test::RunTool;
 
 // What GetShapeDetails gives; the defaults are the caller's values it may leave alone.
 struct Details {
@@ -61,21 +57,6 @@ std::string MainHeader(std::int32_t lShapeType, double dXmin, double dYmin, doub
 
 class ShapeDecoderTest : public ::testing::Test {
 protected:
-    // A set written by ogr2ogr from GeoJSON geometries; sOptions add e.g. "-dim XYM".
-    std::string Gdal(const std::string& sName, const std::vector<std::string>& vGeometries,
-                     const std::string& sOptions = "") {
-        std::string sFeatures;
-        for (const std::string& sGeometry : vGeometries)
-            sFeatures += (sFeatures.empty() ? "" : ",") +
-                         std::string(R"({"type":"Feature","properties":{"id":1},"geometry":)") +
-                         sGeometry + "}";
-        const std::string sSource = Hand(
-            sName + ".geojson", R"({"type":"FeatureCollection","features":[)" + sFeatures + "]}");
-        const std::string sShp = oDir.Path(sName + ".shp");
-        EXPECT_TRUE(RunTool("ogr2ogr -f 'ESRI Shapefile' " + sOptions + " " + Quoted(sShp) + " " +
-                            Quoted(sSource)));
-        return sShp;
-    }
     std::string Hand(const std::string& sName, const std::string& sBytes) {
         const std::string sPath = oDir.Path(sName);
         test::WriteFile(sPath, sBytes);
@@ -86,49 +67,25 @@ protected:
     test::TempDir oDir;
 };
 
-TEST_F(ShapeDecoderTest, KindsWrittenByGdal) {
-    TNW_REQUIRE_TOOL("ogr2ogr");
-    // Each kind with two corners of the box (-96, 40) to (-95, 41), plain and with Z or M.
-    struct Kind {
-        const char* sName;
-        std::string sGeometry;
-        std::int32_t lShapeType, eType;
-        const char* sType;
-    };
-    const auto fnGeometry = [](const char* sType, const char* sCoordinates) {
-        return std::string(R"({"type":")") + sType + R"(","coordinates":)" + sCoordinates + "}";
-    };
-    const Kind aKinds[] = {
-        {"point", fnGeometry("Point", "[-96,40]"), 1, 1, "Point"},
-        {"line", fnGeometry("LineString", "[[-96,40],[-95,41]]"), 3, 2, "Line"},
-        {"polygon", fnGeometry("Polygon", "[[[-96,40],[-96,41],[-95,41],[-96,40]]]"), 5, 3,
-         "Region"},
-        {"multipoint", fnGeometry("MultiPoint", "[[-96,40],[-95,41]]"), 8, 1, "Point"},
-    };
-    const std::pair<const char*, std::int32_t> aDimensions[] = {
-        {"", 0}, {"-dim XYZ", 10}, {"-dim XYM", 20}};
-    for (const Kind& k : aKinds) {
-        for (const auto& [sOptions, lOffset] : aDimensions) {
-            const std::string sName = k.sName + std::to_string(lOffset);
-            SCOPED_TRACE(sName);
-            std::vector<std::string> vGeometries = {k.sGeometry};
-            if (k.lShapeType == 1) vGeometries.push_back(fnGeometry("Point", "[-95,41]"));
-            const std::string sShp = Gdal(sName, vGeometries, sOptions);
+// Each shape type, plain and with Z or M, gives its kind; types without a kind leave the
+// caller's values.
+TEST_F(ShapeDecoderTest, KindOfEachShapeType) {
+    const std::tuple<std::int32_t, std::int32_t, const char*> aKinds[] = {
+        {1, 1, "Point"}, {3, 2, "Line"}, {5, 3, "Region"}, {8, 1, "Point"}};
+    const std::string sFolder = oDir.Root().string() + "/";
+    for (const auto& [lShapeType, eType, sType] : aKinds) {
+        for (std::int32_t lOffset : {0, 10, 20}) {
+            SCOPED_TRACE(lShapeType + lOffset);
+            const std::string sShp =
+                Hand("k.shp", MainHeader(lShapeType + lOffset, -96, 40, -95, 41));
             EXPECT_EQ(Read(sShp).Tuple(),
-                      Details(true, k.eType, k.sType, false, -96, -95, 41, 40).Tuple());
-            EXPECT_EQ(
-                tnwShapeDecoder().GetESRIShapeType(oDir.Root().string() + "/", sName + ".shp"),
-                k.lShapeType + lOffset);
+                      Details(true, eType, sType, false, -96, -95, 41, 40).Tuple());
+            EXPECT_EQ(tnwShapeDecoder().GetESRIShapeType(sFolder, "k.shp"), lShapeType + lOffset);
         }
     }
-}
-
-TEST_F(ShapeDecoderTest, TypesWithoutAKindLeaveTheCallersValues) {
-    for (std::int32_t lType : {0, 31, 2, 99, -1}) {
-        SCOPED_TRACE(lType);
+    for (std::int32_t lType : {0, 31, 2, 99, -1})
         EXPECT_EQ(Read(Hand("odd.shp", MainHeader(lType, 1, 2, 3, 4))).Tuple(),
                   Details(true, -7, "untouched", false, 1, 3, 4, 2).Tuple());
-    }
 }
 
 TEST_F(ShapeDecoderTest, CartesianIsDecidedByFourComparisons) {

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <string>
 
-#include "core/NumberText.h"
 #include "delimited/tnwASCIIDecoder.h"
 #include "support/TestSupport.h"
 #include "uom/UnitLookup.h"
@@ -49,12 +48,6 @@ TEST_F(TextEncodingTest, ByteOrderMarkAndUtf8) {
         EXPECT_FALSE(oReader.MoveNext());
         EXPECT_EQ(oReader.PercentComplete(), 100.0);
     }
-    for (const auto& [sBytes, bValid] :
-         {std::pair<std::string, bool>{"caf\xC3\xA9 \xF0\x9F\x8C\xBD", true},
-          {"caf\xE9", false},
-          {"\xE2\x82", false},
-          {"\x82", false}})
-        EXPECT_EQ(platform::IsValidUtf8(sBytes), bValid) << sBytes;
 }
 
 // A name repeated 15,000 times is numbered name, name_1, ... in linear time; a cell that
@@ -70,21 +63,6 @@ TEST_F(TextEncodingTest, RepeatedHeaderNames) {
     ASSERT_EQ(vColumns.size(), 15003u);
     EXPECT_EQ(vColumns[1]->Key() + vColumns[2]->Key() + vColumns[3]->Key(), "A_1a_2a_3");
     EXPECT_EQ(vColumns.back()->Key(), "a_15002");
-}
-
-// The line a walk ended on, and the line a header read ended on, stay current after the end;
-// blanks are skipped wherever they stand in a number, after "&" too.
-TEST_F(TextEncodingTest, LastLineStaysAfterTheEnd) {
-    Open("h\r\n1\r\n2");
-    oReader.SetHeaderRows(1);
-    ASSERT_EQ(oReader.MoveFirst(), Variant(true));
-    ASSERT_TRUE(oReader.MoveNext());
-    EXPECT_FALSE(oReader.MoveNext());
-    EXPECT_EQ(oReader.CurrentLine(), "2");
-    oReader.ReadHeaders(1);
-    oReader.ReadHeaders(9);
-    EXPECT_EQ(oReader.CurrentLine(), "h");
-    EXPECT_EQ(TextToNumber("& H10") + TextToNumber("& o 17") + TextToNumber("& "), 31.0);
 }
 
 }  // namespace

@@ -94,10 +94,6 @@ TEST_F(FSEncoderTest, WholeFiles) {
                    "5; P; 5; 0. 0; 0. 0;  1E+20\r\n"));
     EXPECT_NE(Write({{1.0, Dot(-0.5, -0.25)}}, true).find("1; P; 1; -0. 30; -0. 15;  1\r\n"),
               std::string::npos);
-    EXPECT_EQ(Write({{120.125, G("POLYGON ((-96.5 40.25,-96.25 40.25,-96.25 40.5,-96.5 40.25))")}}),
-              Plan("-96. 30|40. 15|1| 120.12| 120.12|3",
-                   "1; P; 1; -96. 30; 40. 15;  120.12\r\n2; P; 1; -96. 15; 40. 15;  120.12\r\n"
-                   "3; P; 1; -96. 15; 40. 30;  120.12\r\n"));
     // Parts numbered one by one with one rate; holes and closing points left out.
     EXPECT_EQ(Write({{10.5, G("MULTIPOLYGON (((1 1,2 1,2 2,1 2,1 1),(1.2 1.2,1.4 1.2,1.2 1.2)),"
                               "((5 5,6 5,6 6,5 5)))")}}),
@@ -149,12 +145,6 @@ TEST_F(FSEncoderTest, RateColumnAndInterface) {
     EXPECT_EQ(
         test::ReadFile(dir.Path("import.txt")),
         Plan("4. 0|4. 0|1| 2| 2|2", "1; P; 1; 4. 0; 4. 0;  2\r\n2; P; 1; 5. 0; 4. 0;  2\r\n"));
-    EXPECT_FALSE(iface.ChangeColumns(oColumns));
-    EXPECT_TRUE(iface.Initialize(dir.Path("iface"), oColumns));
-    EXPECT_EQ(iface.Columns(), oColumns);
-    iface.CloseFiles();
-    iface.CloseFiles();
-    EXPECT_EQ(test::ReadFile(dir.Path("iface.fpd")), kEmptyPlan);
     EXPECT_FALSE(std::filesystem::exists(dir.Path("none.fpd")));
     EXPECT_EQ(Reports(),
               (std::vector<std::string>{"tnwFSEncoder.Update 13", "tnwFSEncoder.WriteOnePoly 91"}));

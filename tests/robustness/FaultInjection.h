@@ -10,7 +10,9 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "decoders/tnwDBFDecoder.h"
 #include "platform/File.h"
 
 namespace tnw::test {
@@ -45,5 +47,18 @@ private:
 
 // Descriptors this process has open; a fault path that leaks one shows here.
 int OpenDescriptorCount();
+
+// The numbers of one column of a table, record by record: what a set that claims to be whole
+// really holds.
+inline std::vector<std::int32_t> ReadNumbers(const std::string& sPath, const std::string& sKey) {
+    std::vector<std::int32_t> vNumbers;
+    tnwDBFDecoder oReader;
+    oReader.SetFilename(sPath);
+    const auto oColumn = oReader.Columns()->Item(sKey);
+    for (bool bMore = oColumn && oReader.MoveFirst().EqualsTrue(); bMore;
+         bMore = oReader.MoveNext())
+        vNumbers.push_back(oColumn->Value().ToLong());
+    return vNumbers;
+}
 
 }  // namespace tnw::test

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "FaultInjection.h"
 #include "core/Component.h"
 #include "ogc_sf/Geometries.h"
 #include "shapefile/tnwShapeEncoder.h"
