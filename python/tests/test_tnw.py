@@ -339,16 +339,13 @@ def test_a_decoder_walk_reports_progress_and_counts(tmp_path):
     assert (source.RecordsRead, source.RowsSkipped, source.RecordCount) == (200, 0, 200)
 
 
-PLAN_POLYGONS = [(120.125, "POLYGON ((-96.5 40.25,-96.25 40.25,-96.25 40.5,-96.5 40.25))"),
-                 (10.5, "POLYGON ((1 1,2 1,2 2,1 1))")]
-
 
 @pytest.mark.parametrize("how", ["ImportRS", "write"])
 def test_plan_grid_written_from_python(tmp_path, how):
     columns = columns_of(("Name", tnw.vtString), ("Rate", tnw.vtDouble))
-    rows = [(("p", rate), wkt) for rate, wkt in PLAN_POLYGONS]
-    path = str(tmp_path / "plan")
-    encoder = tnw.tnwFSEncoder()
+    rows = [(("p", 120.125), "POLYGON ((-96.5 40.25,-96.25 40.25,-96.25 40.5,-96.5 40.25))"),
+            (("q", 10.5), "POLYGON ((1 1,2 1,2 2,1 1))")]
+    path, encoder = str(tmp_path / "plan"), tnw.tnwFSEncoder()
     if how == "ImportRS":
         assert encoder.ImportRS(path, tnw.tnwRecordSource(columns, rows), rate_column_key="Rate")
     else:
@@ -372,64 +369,52 @@ def test_ini_document_saved_and_read_back(tmp_path):
     document.Create("Café").Create("k", "v w")
     assert document.Create("A") is None and document.Save(path) is False
     assert open(path, "rb").read() == b"\r\n[A]\r\nx=2\r\n\r\n[Caf\xe9]\r\nk=v w\r\n"
-
-    with tnw.tnwINIFile(path, load_content=True) as again:
+    with tnw.tnwINIFile(path, load_content=True) as again:  # saved at the end of the block
         assert again.keys() == ["A", "Café"] and "café" in again and len(again) == 2
         assert [(v.Key, v.Value) for v in again[-1]] == [("k", "v w")]
-        assert again.Item(1).Item("x").Value == "2" and again[0][0].Value == "2"
+        assert again.Item(1).Item("x").Value == again[0][0].Value == "2"
         with pytest.raises(KeyError):
             again["B"]
         assert again["A"].Remove("x") and not again["A"].Remove("x")
     assert open(path, "rb").read() == b"\r\n[A]\r\n\r\n[Caf\xe9]\r\nk=v w\r\n"
-    with pytest.raises(ZeroDivisionError):
-        with tnw.tnwINIFile(path):
-            1 / 0
+    with pytest.raises(ZeroDivisionError), tnw.tnwINIFile(path):
+        1 / 0
     assert open(path, "rb").read().endswith(b"k=v w\r\n")  # a raising block saves nothing
 
 
 def test_gpl_log_read_back_with_its_start_and_stop_rows(tmp_path):
-    columns = columns_of(("UTC", tnw.vtInt32), ("Elevation", tnw.vtDouble),
-                         ("Latitude", tnw.vtDouble))
+    columns = columns_of(("UTC", tnw.vtInt32), ("Elevation", tnw.vtDouble))
     path = str(tmp_path / "run.gpl")
     with tnw.tnwGPLEncoder() as encoder:
         encoder.KeepExtension = encoder.PositionFromPoint = encoder.WriteStartStop = True
         assert encoder.Initialize(path, columns)
-        assert encoder.write((61, 300.5, 1.0), (-93.25, 42.5))  # the point gives the position
-        assert encoder.write((62, 301.5, 1.0), "POINT (-93.5 42.75)")
-    assert encoder.Filename == path
-    decoder = tnw.tnwASCIIDecoder(path)
-    steps = []
+        assert encoder.write((61, 300.5), (-93.25, 42.5))  # the points give the positions
+        assert encoder.write((62, 301.5), "POINT (-93.5 42.75)")
+    decoder, steps = tnw.tnwASCIIDecoder(path), []
     ok = decoder.MoveFirst()
     while not decoder.EOF:
         if decoder.GPLStart or decoder.GPLEnd:
             steps.append(("+" if decoder.GPLStart else "-") + decoder.GPLCommand)
         else:
-            assert ok and decoder.GPL
+            assert ok and decoder.GPL and decoder.GPDString == ""
             steps.append((decoder.Columns["Time"].Value, decoder.Columns["Altitude"].Value,
                           decoder.Latitude, decoder.Longitude))
         ok = decoder.MoveNext()
     assert steps == ["+STAR", (61, 300.5, 42.5, -93.25), (62, 301.5, 42.75, -93.5), "-STOP"]
-    assert decoder.GPDString == "" and tnw.error_reports() == []
 
 
 def test_summary_built_in_python_exported_as_points(tmp_path):
-    yield_def = tnw.QuantityDef("Y", "Yield")
-    summary = tnw.Summary()
-    assert summary.AddSeriesDef(yield_def) and not summary.AddSeriesDef(yield_def)
-    track = tnw.TrackRegion()
+    yield_def, summary, track = tnw.QuantityDef("Y", "Yield"), tnw.Summary(), tnw.TrackRegion()
+    assert summary.AddSeriesDef(yield_def)
     for i in range(3):
         track.AddRecord(10 + i, 50 + i / 2, elevation=100 + i, utc=1e9 + i)
     track.AddSeries(tnw.Series("Y", yield_def, [7.5, 8.5, 9.5]))
     summary.AddRegion(track)
-    assert track.RecordCount == 3 and summary.RegionCount == 1
-    bars = Progress()
-    path = str(tmp_path / "summary.shp")
-    assert tnw.tnwShapeEncoder().ExportVELDSummary(bars, summary, path)
+    bars, path = Progress(), str(tmp_path / "summary.shp")
+    assert tnw.tnwShapeEncoder().ExportVELDSummary(bars, summary, path) and bars.calls
     reader = shapefile.Reader(path)
-    assert [tuple(shape.points[0]) for shape in reader.shapes()] == [(10, 50), (11, 50.5),
-                                                                    (12, 51)]
+    assert [tuple(s.points[0]) for s in reader.shapes()] == [(10, 50), (11, 50.5), (12, 51)]
     names = [field[0] for field in reader.fields[1:]]
     assert [record[names.index("Yield")] for record in reader.records()] == [7.5, 8.5, 9.5]
-    assert bars.calls and tnw.error_reports() == []
     assert not tnw.tnwShapeEncoder().ExportVELDSummary(None, None, str(tmp_path / "none"))
-    assert not (tmp_path / "none.dbf").exists()
+    assert not (tmp_path / "none.dbf").exists() and tnw.error_reports() == []
