@@ -37,11 +37,18 @@ std::shared_ptr<tnw::tnwDecoderRecordSource> OpenSource(const std::uint8_t* pDat
         auto oDecoder = std::make_shared<tnw::tnwASCIIDecoder>();
         oDecoder->SetFilename(tnw::fuzz::WriteInput(pData, nSize, ".csv"));
         oDecoder->SetHeaderRows(1);
+        // The tool's way of reading field files: typed columns, joined quoted lines.
+        oDecoder->SetSampleRows(1000);
+        oDecoder->SetQuotedLineBreaks(true);
+        oDecoder->SetNameEmptyHeaders(true);
+        oDecoder->SetLineFeedEndsLine(true);
         (void)oDecoder->AutoGenColumns();
         SetGeometryFields(*oDecoder, bWKT);
         return std::make_shared<tnw::tnwDecoderRecordSource>(oDecoder, fnParse);
     }
     auto oDecoder = std::make_shared<tnw::tnwDBFDecoder>();
+    oDecoder->SetRenameDuplicates(true);
+    oDecoder->SetCheckVersion(true);
     oDecoder->SetFilename(tnw::fuzz::WriteInput(pData, nSize, ".dbf"));
     SetGeometryFields(*oDecoder, bWKT);
     return std::make_shared<tnw::tnwDecoderRecordSource>(oDecoder, fnParse);

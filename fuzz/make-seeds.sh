@@ -12,7 +12,7 @@ tnw=${1:-build-robust/apps/tnw/tnw}
 corpus=fuzz/corpus
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-mkdir -p "$corpus"/{dbf,delimited,gpl,shape_details,wkt,shape_writer,convert}
+mkdir -p "$corpus"/{dbf,delimited,gpl,shape_details,wkt,shape_writer,convert,fgp}
 
 # ---- Small inputs ----
 printf 'Longitude,Latitude,Yield (bu/ac),Moisture (%%),Crop,Flag\r\n-93.25,42.5,180.5,15.1,"Corn",T\r\n-93.26,42.51,.5,-2,"Soy, beans",F\r\n0,0,1E+20,&H10,"",N\r\n' \
@@ -195,6 +195,35 @@ seed("join", joined, table())
 seed("join_truncated", joined, table(1000))
 seed("join_cut", joined, table()[:-8])
 seed("writer_only", top + line(86461) + line(5))
+# ---- FGP sets: <fdt length LE16><fsn length LE16><set-up byte>, the tables, the main file
+# (see FuzzFGP.cpp), written with the example generator's writers ----
+python3 - "$corpus/fgp" "$work" <<'EOF'
+import os, struct, sys
+sys.path.insert(0, "scripts")
+from make_examples import write_dbf, write_fgp
+
+folder, work = sys.argv[1], sys.argv[2]
+
+def p(fsn, attr, lon, lat, time=3600.0):
+    return (fsn, attr, 7, time, lon, lat, 250.0, 90.0)
+
+def seed(name, setup, regions, lines, points, fdt, fsn):
+    parts = []
+    for ext, (fields, rows) in (("fdt", fdt), ("fsn", fsn)):
+        write_dbf(os.path.join(work, "seed." + ext), fields, rows)
+        parts.append(open(os.path.join(work, "seed." + ext), "rb").read())
+    write_fgp(os.path.join(work, "seed.fgp"), regions, lines, points)
+    with open(os.path.join(folder, name), "wb") as out:
+        out.write(struct.pack("<HHB", len(parts[0]), len(parts[1]), setup) + parts[0] + parts[1])
+        out.write(open(os.path.join(work, "seed.fgp"), "rb").read())
+
+fdt = ([("Date", "D", 8, 0), ("Crop", "C", 6, 0)], [("20060415", "corn"), ("", "soy")])
+fsn = ([("Rate", "N", 6, 1), ("Rx_Rate", "N", 6, 1), ("Swath_Width", "N", 6, 1), ("NDVI", "N", 5, 3)],
+       [("1.5", "2", "9.1", ".5"), ("2.5", "2", "9.1", ".61")])
+seed("sites", 0, [[p(0, 0, -96.5, 40.25), p(0, 0, -96.25, 40.25), p(0, 0, -96.25, 40.5)]],
+     [[p(1, 1, 1, 2), p(2, 2, 1.5, 2.5)], [], [p(3, 1, 2, 3, 1145062800.0)]], [p(2, 0, 0, 0)], fdt, fsn)
+seed("whole_lines", 3, [[]], [[p(1, 1, 1, 2)]], [p(9, 9, 1E20, -1)], fdt, ([("Rate", "C", 4, 0)], [("high",)]))
+seed("empty", 0, [], [], [], fdt, fsn)
 EOF
 
 echo "seeds: $(find "$corpus" -type f | wc -l) files in $corpus"

@@ -2,7 +2,7 @@
 # Builds the libFuzzer targets with clang, ASan and UBSan, and runs each for a while.
 #   scripts/fuzz.sh            10 seconds per target, about a minute in all
 #   FUZZ_SECONDS=600 scripts/fuzz.sh [target...]
-# Targets: dbf delimited gpl shape_details wkt shape_writer convert. Each starts from the working
+# Targets: dbf delimited gpl shape_details wkt shape_writer convert fgp. Each starts from the working
 # corpus in build-fuzz/corpus/<target>, the seeds in fuzz/corpus/<target> (fuzz/make-seeds.sh)
 # and the inputs of earlier findings in tests/robustness/data/findings/<target>, with the
 # dictionaries in fuzz/dict/. Findings are left in build-fuzz/findings/<target>/.
@@ -11,7 +11,7 @@ cd "$(dirname "$0")/.."
 
 seconds=${FUZZ_SECONDS:-10}
 targets=("$@")
-[[ ${#targets[@]} -eq 0 ]] && targets=(dbf delimited gpl shape_details wkt shape_writer convert)
+[[ ${#targets[@]} -eq 0 ]] && targets=(dbf delimited gpl shape_details wkt shape_writer convert fgp)
 
 build=build-fuzz
 cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++-14 \
@@ -24,6 +24,7 @@ cmake --build "$build" -j"$(nproc)" --target "${targets[@]/#/fuzz_}"
 max_len() {
     case $1 in
         dbf | delimited | gpl | convert) echo 70000 ;;
+        fgp) echo 16384 ;;
         *) echo 4096 ;;
     esac
 }

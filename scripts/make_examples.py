@@ -5,13 +5,19 @@ examples/yield.csv       a combine's yield log: one point every 2 seconds over a
                          field in central Iowa, harvested in north-south passes of a 40 ft head
 examples/boundaries.csv  field boundaries as well-known text: the logged field with a pond cut
                          out of it, a neighbouring field, and a field split in two by a creek
+examples/spray.fgp       an FGP set of a sprayer on the same field (docs/fgp-format.md): the field
+                         and the pond as regions, eight spray passes as lines logged every 4
+                         seconds, five scouting points; with spray.fsn (rates, swath, NDVI per
+                         point) and spray.fdt (date, product and operator of each of two days)
 
 The seed is fixed, so the files come out the same byte for byte on every run.
 """
 
+import datetime
 import math
 import os
 import random
+import struct
 import sys
 
 SEED = 20240917
@@ -165,6 +171,88 @@ def boundaries():
     return rows
 
 
+FGP_MAGIC = b"\x89FGP\r\n\x1a\n"
+
+
+def write_fgp(path, regions, lines, points):
+    """The main file of an FGP set. Each region, line and point is a list of point tuples
+    (fsn_row, attribute_row, region_id, time, lon, lat, altitude, heading)."""
+    vertices = [v for part in regions + lines for v in part]
+    with open(path, "wb") as out:
+        out.write(FGP_MAGIC + struct.pack("<Iiiiq", 1, len(regions), len(lines), len(points), len(vertices)))
+        for p in vertices + points:
+            out.write(struct.pack("<iiiddddd", *p))
+        first = 0
+        for part in regions + lines:
+            out.write(struct.pack("<qi", first, len(part)))
+            first += len(part)
+
+
+def write_dbf(path, fields, rows):
+    """A dBase III table; fields are (name, type letter, width, decimals), rows texts."""
+    record_length = 1 + sum(f[2] for f in fields)
+    with open(path, "wb") as out:
+        out.write(struct.pack("<B3BIHH20x", 3, 124, 4, 15, len(rows), 33 + 32 * len(fields), record_length))
+        for name, letter, width, decimals in fields:
+            out.write(struct.pack("<11sc4xBB14x", name.encode("ascii"), letter.encode("ascii"), width, decimals))
+        out.write(b"\r")
+        for row in rows:
+            out.write(b" ")
+            for (name, letter, width, decimals), text in zip(fields, row):
+                text = text[:width]
+                out.write((text.rjust(width) if letter == "N" else text.ljust(width)).encode("ascii"))
+        out.write(b"\x1a")
+
+
+def spray_set(rng):
+    """A sprayer on the home field: regions, spray passes as lines, scouting points; the rows
+    of the sample and attribute tables."""
+    samples = []  # Rate, Rx_Rate, Swath_Width, NDVI
+
+    def point(x, y, day_row, time, heading, rx):
+        rate = rx * (1.0 + rng.gauss(0.0, 0.03))
+        samples.append((f"{rate:.2f}", f"{rx:.2f}", "27.43", f"{0.55 + 0.2 * math.sin(x / 60.0) + rng.gauss(0.0, 0.02):.3f}"))
+        lon, lat = to_lonlat(x, y)
+        return (len(samples), day_row, 0, time, lon, lat, elevation_ft(x, y) * 0.3048, heading)
+
+    regions = [
+        [point(x, y, 0, 0.0, 0.0, 0.0) for x, y in closed([(-2.0, -2.0), (404.0, -2.0), (404.0, 404.0), (-2.0, 404.0)])],
+        [point(x, y, 0, 0.0, 0.0, 0.0) for x, y in ellipse(POND_CENTRE, POND_RADII, 12, clockwise=False)],
+    ]
+    for part, region_id in zip(regions, (1, 2)):
+        part[:] = [v[:2] + (region_id,) + v[3:] for v in part]
+    lines = []
+    time = 9 * 3600.0  # seconds of the day: 09:00
+    for lap in range(8):
+        day_row = 1 if lap < 5 else 2
+        if lap == 5:
+            time = 8 * 3600.0
+        northward = lap % 2 == 0
+        x = 27.43 * (lap + 0.5)
+        rx = 12.0 if lap < 4 else 15.0
+        vertices = []
+        for k in range(30):
+            y = 5.0 + k * 13.0
+            vertices.append(point(x + rng.gauss(0.0, 0.2), y if northward else FIELD_HEIGHT_M - y, day_row, time, 0.0 if northward else 180.0, rx))
+            time += 4.0
+        lines.append(vertices)
+        time += 60.0
+    # Scouting points, timed in full seconds since 1970.
+    scouted = datetime.datetime(2024, 6, 14, 16, 0, tzinfo=datetime.timezone.utc).timestamp()
+    points = [point(rng.uniform(20.0, 380.0), rng.uniform(20.0, 380.0), 2, scouted + 300.0 * i, 0.0, 0.0) for i in range(5)]
+    attributes = [("20240612", "Glyphosate 41%", "R. Lind"), ("20240613", "Glyphosate 41%", "J. Okafor")]
+    return regions, lines, points, samples, attributes
+
+
+def write_spray_set(folder, rng):
+    regions, lines, points, samples, attributes = spray_set(rng)
+    write_fgp(os.path.join(folder, "spray.fgp"), regions, lines, points)
+    write_dbf(os.path.join(folder, "spray.fsn"),
+              [("Rate", "N", 8, 2), ("Rx_Rate", "N", 8, 2), ("Swath_Width", "N", 8, 2), ("NDVI", "N", 6, 3)], samples)
+    write_dbf(os.path.join(folder, "spray.fdt"),
+              [("Date", "D", 8, 0), ("Product", "C", 20, 0), ("Operator", "C", 12, 0)], attributes)
+
+
 def write_csv(path, header, rows):
     with open(path, "w", newline="\n", encoding="ascii") as out:
         out.write(header + "\n")
@@ -182,6 +270,7 @@ def main():
         yield_log(rng),
     )
     write_csv(os.path.join(folder, "boundaries.csv"), "Field,Area (ac),Boundary,Crop", boundaries())
+    write_spray_set(folder, rng)
 
 
 if __name__ == "__main__":

@@ -1,8 +1,10 @@
 #include "RegisterStandIns.h"
 
 #include "core/Component.h"
+#include "core/FGPFile.h"
 #include "core/GISLib.h"
 #include "core/Services.h"
+#include "fgp/FGPFile.h"
 #include "gislib/Columns.h"
 #include "gislib/FileUtility.h"
 #include "gislib/GISFactory.h"
@@ -22,6 +24,7 @@ void RegisterStandIns() {
     tnwObjectFactory::Register(kProgIdFileUtility, [] { return oFileUtility; });
     tnwObjectFactory::Register(kProgIdErrorHandler,
                                [] { return std::make_shared<ErrorHandler>(); });
+    tnwObjectFactory::Register(kProgIdFGPFile, [] { return std::make_shared<FGPFile>(); });
     RegisterUnitLookup();
     RegisterStringBuilder();
     RegisterArcAngle(&TNWL_ArcAngle);

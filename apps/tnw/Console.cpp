@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "RegisterStandIns.h"
+#include "core/Error.h"
 #include "core/Services.h"
 
 namespace tnw::cli {
@@ -56,9 +57,9 @@ class Console::Handler final : public ItnwErrorHandler {
 public:
     explicit Handler(Console& oConsole) : m_oConsole(oConsole) {}
     void errorMessage(const std::string&, const std::string&, const std::string& sSource,
-                      std::int32_t, const std::string&, const std::string& sDescription,
+                      std::int32_t lNumber, const std::string&, const std::string& sDescription,
                       const std::string&) override {
-        m_oConsole.Report(sSource, sDescription);
+        m_oConsole.Report(sSource, lNumber, sDescription);
     }
 
 private:
@@ -148,7 +149,13 @@ std::string Console::TakeBoxText() {
 }
 
 void Console::Report(const std::string& sSource, const std::string& sDescription) {
+    Report(sSource, 0, sDescription);
+}
+
+void Console::Report(const std::string& sSource, std::int32_t lNumber,
+                     const std::string& sDescription) {
     ++m_lReports;
+    if (lNumber == errDiskFull || lNumber == errPathFileAccess) ++m_lFileFaults;
     if (m_lReports > kShownReports + 1) return;
     if (m_lReports == kShownReports + 1) {
         Line("tnw: further failures are counted but not shown.");

@@ -36,6 +36,9 @@ public:
     void Report(const std::string& sSource, const std::string& sDescription);
     // Failures reported so far, the library's and the tool's.
     std::int64_t Reports() const { return m_lReports; }
+    // Of those, the failures of the file system to take or keep bytes: a full disk, a file
+    // that can't be written (errors 61 and 75).
+    std::int64_t FileFaults() const { return m_lFileFaults; }
     // The text of the last message box, title first, on one line; "" when none came since the
     // last call. In debug mode boxes are also shown as they come.
     std::string TakeBoxText();
@@ -52,6 +55,8 @@ private:
     class Handler;
     class Bar;
 
+    // In debug mode the box that follows tells the rest: number and error source.
+    void Report(const std::string& sSource, std::int32_t lNumber, const std::string& sDescription);
     void Box(const std::string& sText, const std::string& sTitle);
     void Line(const std::string& sText);
     void DrawBar();
@@ -61,6 +66,7 @@ private:
     bool m_bTerminal;
     std::function<std::string()> m_fnContext;
     std::int64_t m_lReports = 0;
+    std::int64_t m_lFileFaults = 0;
     std::string m_sBoxText;
     std::string m_sBarLabel;
     std::string m_sBarTexts;  // the bars' own texts, each led by a blank

@@ -1,5 +1,7 @@
 #include "Convert.h"
 
+#include <unistd.h>
+
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -44,9 +46,59 @@ void CheckOptionsFit(const OutputOptions& t, const FileKind& tOut) {
     }
 }
 
+// The output is written under a name of its own beside the target, "unfinished-<pid>-yield.shp"
+// for "yield.shp", and renamed into place only when it is finished: a conversion that fails or
+// is killed never leaves a file under the target's name that looks whole, and says plainly what
+// it left.
+class StagedOutput {
+public:
+    explicit StagedOutput(const std::string& sTarget)
+        : m_oFolder(fs::path(sTarget).parent_path()),
+          m_sPrefix("unfinished-" + std::to_string(getpid()) + "-"),
+          m_sPath((m_oFolder / (m_sPrefix + fs::path(sTarget).filename().string())).string()) {}
+    // Removes every staged file unless Commit ran.
+    ~StagedOutput() {
+        if (m_bCommitted) return;
+        std::error_code ec;
+        const fs::path oFolder = m_oFolder.empty() ? fs::path(".") : m_oFolder;
+        for (const auto& oEntry : fs::directory_iterator(oFolder, ec)) {
+            if (oEntry.path().filename().string().starts_with(m_sPrefix)) fs::remove(oEntry, ec);
+        }
+    }
+    StagedOutput(const StagedOutput&) = delete;
+    StagedOutput& operator=(const StagedOutput&) = delete;
+
+    const std::string& Path() const { return m_sPath; }
+    // Renames the staged files into place; gives their new names.
+    std::vector<fs::path> Commit(const std::vector<fs::path>& vStaged) {
+        std::vector<fs::path> vFinal;
+        for (const fs::path& oStaged : vStaged) {
+            const fs::path oFinal =
+                oStaged.parent_path() / oStaged.filename().string().substr(m_sPrefix.size());
+            std::error_code ec;
+            fs::rename(oStaged, oFinal, ec);
+            if (ec) {
+                throw Failure(kExitOutput, "can't put " + oFinal.string() + " in place: " +
+                                               ec.message() + "; the output is unfinished");
+            }
+            vFinal.push_back(oFinal);
+        }
+        m_bCommitted = true;
+        return vFinal;
+    }
+
+private:
+    fs::path m_oFolder;
+    std::string m_sPrefix;
+    std::string m_sPath;
+    bool m_bCommitted = false;
+};
+
 struct Counts {
     std::int64_t lWritten = 0;
     std::int64_t lRefused = 0;
+    std::int64_t lNoPosition = 0;  // written without geometry: the row had no position
+    std::int64_t lFileFaults = 0;  // reports of the file system failing the output
 };
 
 // Hands every record of the source to the encoder, as ImportRS would, but keeps each
@@ -56,11 +108,17 @@ Counts WriteRecords(Input& tInput, RecordWriter& oWriter, Console& oConsole) {
     const std::string& sInput = tInput.sPath;
     Counts tCounts;
     bool bWriting = false;
+    // The context reads this frame: it ends with it, also when a writer throws.
+    struct ContextEnd {
+        Console& oConsole;
+        ~ContextEnd() { oConsole.SetContext({}); }
+    } tContextEnd{oConsole};
     oConsole.SetContext([&] {
         const std::int64_t lRow =
             oSource.RecordsRead() + oSource.RowsSkipped() + (bWriting ? 0 : 1);
         return (bWriting ? "record " : "data row ") + std::to_string(lRow) + " of " + sInput;
     });
+    const bool bPositions = tInput.eFormat == TNW_GeometryFormat_LonLat;
     oSource.MoveFirst();
     while (!oSource.Eof()) {
         bWriting = true;
@@ -70,15 +128,20 @@ Counts WriteRecords(Input& tInput, RecordWriter& oWriter, Console& oConsole) {
                                             " is no value of its type and was read as NULL");
             }
         }
-        if (oWriter.Write(oSource.Geometry())) {
+        const std::int64_t lFaults = oConsole.FileFaults();
+        const std::shared_ptr<IGeometry> oGeometry = oSource.Geometry();
+        if (oWriter.Write(oGeometry)) {
             ++tCounts.lWritten;
+            if (bPositions && !oGeometry) ++tCounts.lNoPosition;
         } else {
             ++tCounts.lRefused;
         }
+        tCounts.lFileFaults += oConsole.FileFaults() - lFaults;
         bWriting = false;
+        // A disk that failed once is no place for the records after it.
+        if (tCounts.lFileFaults > 0) break;
         oSource.MoveNext();
     }
-    oConsole.SetContext({});
     return tCounts;
 }
 
@@ -118,16 +181,33 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     Input tInput = OpenInput(tInputOptions);
     for (const std::string& sWarning : tInput.vWarnings)
         oConsole.Warn(sWarning);
+    // Before the writer, so that the writer has closed its files when the staged ones go.
+    StagedOutput oStaged(t.sPath);
     const std::unique_ptr<RecordWriter> oWriter = tOut.fnNewWriter();
     CheckNotInput(tInput.sPath, *oWriter, t.sPath);
     tnwDecoderRecordSource& oSource = *tInput.oSource;
 
     MakeFolder(t.sPath);
-    oWriter->Open(t, tInput, oConsole);
+    OutputOptions tStaged = t;
+    tStaged.sPath = oStaged.Path();
+    oWriter->Open(tStaged, tInput, oConsole);
     oSource.SetCallback(oConsole.Progress("converting"));
-    const Counts tCounts = WriteRecords(tInput, *oWriter, oConsole);
-    oWriter->Close(tCounts.lWritten);
+    Counts tCounts = WriteRecords(tInput, *oWriter, oConsole);
+    const std::int64_t lFaults = oConsole.FileFaults();
+    bool bClosed = true;
+    try {
+        oWriter->Close(tCounts.lWritten);
+    } catch (const Failure&) {
+        bClosed = false;  // the staged name would only confuse: the sentence below tells
+    }
+    tCounts.lFileFaults += oConsole.FileFaults() - lFaults;
     oConsole.EndProgress();
+    if (tCounts.lFileFaults > 0 || !bClosed) {
+        throw Failure(kExitOutput, "the output " + t.sPath +
+                                       " is unfinished: writing it failed, and no file under its "
+                                       "name was changed");
+    }
+    const std::vector<fs::path> vFiles = oStaged.Commit(oWriter->Files());
 
     std::error_code ec;
     const std::uintmax_t nInBytes = fs::file_size(tInput.sPath, ec);
@@ -143,13 +223,17 @@ ExitCode Convert(InputOptions tInputOptions, OutputOptions t, Console& oConsole)
     }
     std::string sSummary = "read " + CountText(oSource.RecordsRead(), "record") + sCommands +
                            " from " + tInput.sPath + " (" + SizeText(nInBytes) + "), wrote " +
-                           std::to_string(tCounts.lWritten) + " to " + OutputText(*oWriter) +
-                           " in " + aSeconds;
+                           std::to_string(tCounts.lWritten) + " to " +
+                           OutputText(vFiles, oWriter->Detail()) + " in " + aSeconds;
     oConsole.Summary(sSummary);
 
     if (oSource.RowsSkipped() > 0) {
         oConsole.Warn(CountText(oSource.RowsSkipped(), "data row") + " of " + tInput.sPath +
                       " could not be read");
+    }
+    if (tCounts.lNoPosition > 0) {
+        oConsole.Warn(CountText(tCounts.lNoPosition, "record") + " of " + tInput.sPath +
+                      " had no position and went out without geometry");
     }
     if (tCounts.lRefused > 0) {
         oConsole.Warn(CountText(tCounts.lRefused, "record") +

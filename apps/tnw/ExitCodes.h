@@ -12,7 +12,7 @@ enum ExitCode : int {
     kExitUsage = 2,          // a bad option or argument
     kExitInput = 3,          // an input file is missing or can't be read
     kExitKind = 4,           // a file kind the tool doesn't know, or can't convert to
-    kExitOutput = 5,         // an output file could not be created or written
+    kExitOutput = 5,         // the output is unfinished: not created, or not written whole
     kExitInternal = 6,       // any other failure
 };
 
@@ -24,7 +24,8 @@ inline constexpr const char* kExitCodeHelp =
     "  2  bad option or argument\n"
     "  3  an input file is missing or can't be read\n"
     "  4  unknown file kind, or a conversion the tool can't make\n"
-    "  5  the output could not be created or written\n"
+    "  5  the output is unfinished: it could not be created or written whole, and no\n"
+    "     file under its name was changed\n"
     "  6  any other failure";
 
 // A failure the tool explains in one sentence (without the "tnw: " in front or the full stop).

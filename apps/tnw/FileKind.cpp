@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ExitCodes.h"
+#include "FGPSet.h"
 #include "Info.h"
 #include "Input.h"
 #include "Writers.h"
@@ -27,6 +28,7 @@ constexpr std::string_view kTableNames[] = {"dbf"};
 constexpr std::string_view kShapeNames[] = {"shp"};
 constexpr std::string_view kPlanNames[] = {"fpd"};
 constexpr std::string_view kLogNames[] = {"gpl"};
+constexpr std::string_view kFGPNames[] = {"fgp"};
 
 const FileKind kKinds[] = {
     {"delimited text", kTextNames, OpenText, NewTextWriter, TextInfo, kTextOptions, true},
@@ -35,6 +37,7 @@ const FileKind kKinds[] = {
      false},
     {"plan-grid file", kPlanNames, nullptr, NewPlanWriter, PlanInfo, kPlanOptions, false},
     {"GPL log", kLogNames, OpenLog, NewLogWriter, LogInfo, 0, false},
+    {"FGP set", kFGPNames, OpenFGP, NewFGPSetWriter, FGPInfo, 0, false},
 };
 
 const FileKind* KindOfName(std::string_view sName) {

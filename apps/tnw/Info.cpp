@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "ShapeFile.h"
 #include "core/Error.h"
+#include "core/FGPFile.h"
 #include "decoders/tnwShapeDecoder.h"
 #include "platform/File.h"
 
@@ -57,13 +59,6 @@ std::int64_t TableRecords(const std::shared_ptr<tnwDBFDecoder>& oTable) {
     return tnwDecoderRecordSource(oTable).RecordCount();
 }
 
-std::shared_ptr<tnwDBFDecoder> OpenTable(const std::string& sPath) {
-    auto oTable = std::make_shared<tnwDBFDecoder>();
-    oTable->SetFilename(sPath);
-    if (!oTable->IsValidFile()) throw Failure(kExitInput, "can't read " + sPath);
-    return oTable;
-}
-
 // The .dbf beside a .shp, in either case of extension; "" when there is none.
 std::string TableBeside(const std::string& sShapes) {
     for (const char* sExtension : {".dbf", ".DBF"}) {
@@ -82,6 +77,9 @@ void ShapesInfo(const InputOptions& tOptions, Console&) {
     std::string sType;
     bool bCartesian = false;
     double dLeft = 0.0, dRight = 0.0, dTop = 0.0, dBottom = 0.0;
+    // A file too short for the header or without the file code is no shapefile: its "kind"
+    // would be made up.
+    ShapeFileReader{sPath};
     const tnwShapeDecoder oDecoder;
     if (!oDecoder.GetShapeDetails(sPath, eType, sType, bCartesian, dLeft, dRight, dTop, dBottom)) {
         throw Failure(kExitInput, "can't find " + sPath);
@@ -104,14 +102,16 @@ void ShapesInfo(const InputOptions& tOptions, Console&) {
         Field("Records:", "unknown (no .dbf beside it)");
         return;
     }
-    const auto oTable = OpenTable(sTable);
+    Input tTable;
+    const auto oTable = OpenTableDecoder(tOptions, sTable, false, tTable);
     Field("Records:", std::to_string(TableRecords(oTable)) + " (in " + sTable + ")");
     PrintSchema(oTable->Schema());
 }
 
 void TableInfo(const InputOptions& tOptions, Console&) {
     const std::string& sPath = tOptions.sPath;
-    const auto oTable = OpenTable(sPath);
+    Input tTable;
+    const auto oTable = OpenTableDecoder(tOptions, sPath, !tOptions.bKeepDeleted, tTable);
     std::error_code ec;
     Field("File:", sPath + " (" + SizeText(fs::file_size(sPath, ec)) + ")");
     Field("Kind:", "dBase table");
@@ -168,7 +168,10 @@ void TextInfo(const InputOptions& tOptions, Console&) {
     const auto& vColumns = oText.Columns()->Items();
     Field("Columns:", std::to_string(vColumns.size()));
     for (const auto& oColumn : vColumns) {
-        std::string sKind = oColumn->Type() == vtString ? "text" : "number";
+        std::string sKind = "number";
+        if (oColumn->Type() == vtString) sKind = "text";
+        if (oColumn->Type() == vtInt32) sKind = "whole number";
+        if (oColumn->Type() == vtDate) sKind = "date";
         if (oColumn->Unit() != 16 && oColumn->Type() != vtString) {
             sKind += " (unit " + std::to_string(oColumn->Unit()) + ")";
         }
@@ -202,6 +205,47 @@ void LogInfo(const InputOptions& tOptions, Console& oConsole) {
     for (const auto& oColumn : vColumns) {
         std::printf("  %-12s %-6s field %d%s\n", oColumn->Key().c_str(),
                     oColumn->Type() == vtString ? "text" : "number", oColumn->Position(),
+                    oColumn->Visible() ? "" : ", hidden");
+    }
+}
+
+void FGPInfo(const InputOptions& tOptions, Console&) {
+    const Input tInput = OpenInput(tOptions);
+    std::error_code ec;
+    Field("File:", tInput.sPath + " (" + SizeText(fs::file_size(tInput.sPath, ec)) + ")");
+    Field("Kind:", "FGP set");
+    const auto oFile = CreateAs<tnwFGPFile>(kProgIdFGPFile, "Missing Component");
+    if (!oFile) throw Failure(kExitInternal, "no reader of FGP main files");
+    oFile->Open(tInput.sPath);
+    const auto oLines = oFile->Lines();
+    std::int64_t lVertices = 0;
+    for (std::int32_t lLine = 1; lLine <= oLines->Count(); ++lLine)
+        lVertices += oLines->Item(lLine)->Count();
+    Field("Regions:", std::to_string(oFile->Regions()->Count()));
+    Field("Lines:", std::to_string(oLines->Count()) + " (" + std::to_string(lVertices) +
+                        (lVertices == 1 ? " vertex)" : " vertices)"));
+    Field("Points:", std::to_string(oFile->Points()->Count()));
+    Field("Records:", std::to_string(tInput.oSource->RecordCount()));
+    const std::string sBase = tInput.sPath.substr(0, tInput.sPath.size() - 4);
+    for (const auto& [sLabel, sTable] :
+         {std::pair("Samples:", sBase + ".fsn"), std::pair("Table:", sBase + ".fdt")}) {
+        if (!fs::is_regular_file(sTable, ec)) {
+            Field(sLabel, "none (no " + sTable + ")");
+            continue;
+        }
+        Input tTable;
+        const auto oTable = OpenTableDecoder(tOptions, sTable, false, tTable);
+        Field(sLabel,
+              sTable + ", " + CountText(TableRecords(oTable), "row") + ": " + oTable->Schema());
+    }
+    const auto& vColumns = tInput.oSource->Columns()->Items();
+    Field("Columns:", std::to_string(vColumns.size()));
+    for (const auto& oColumn : vColumns) {
+        const std::int32_t lType = oColumn->Type();
+        std::printf("  %-12s %s%s\n", oColumn->Key().c_str(),
+                    lType == vtString ? "text"
+                    : lType == vtDate ? "date"
+                                      : "number",
                     oColumn->Visible() ? "" : ", hidden");
     }
 }

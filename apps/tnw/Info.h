@@ -13,6 +13,7 @@ ExitCode Info(const InputOptions& tInput, Console& oConsole);
 void TextInfo(const InputOptions& tOptions, Console& oConsole);
 void TableInfo(const InputOptions& tOptions, Console& oConsole);
 void ShapesInfo(const InputOptions& tOptions, Console& oConsole);
+void FGPInfo(const InputOptions& tOptions, Console& oConsole);
 // The totals of a plan-grid file's header.
 void PlanInfo(const InputOptions& tOptions, Console& oConsole);
 // The records of a GPL log, its start and stop rows and its companion table.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <limits>
 
 #include "ExitCodes.h"
 #include "ShapeFile.h"
@@ -20,6 +21,9 @@ namespace {
 
 // The Size of a text column of a text input: more than a line holds, so nothing is cut.
 constexpr std::int16_t kWholeText = 32767;
+// The widest text field of a dBase table, and the unit of a column whose header names none.
+constexpr std::int16_t kWidestTextField = 254;
+constexpr std::int32_t kNoUnit = 16;
 // Width and decimals of a number column of a text input: those of any double's number text.
 constexpr std::int16_t kNumberWidth = 24;
 constexpr std::int16_t kNumberDecimals = 15;
@@ -147,6 +151,21 @@ platform::CodePage TableCodePageOf(const std::string& sPath, std::uint8_t byLang
     }
 }
 
+// "Yield=real": the column's key and the type asked for it. Failure kExitUsage otherwise.
+std::pair<std::string, std::int32_t> ParseColumnType(const std::string& sText) {
+    static const std::pair<const char*, std::int32_t> kTypes[] = {
+        {"real", vtDouble}, {"integer", vtInt32}, {"text", vtString}, {"date", vtDate}};
+    const std::size_t nEquals = sText.rfind('=');
+    if (nEquals != std::string::npos && nEquals > 0) {
+        const std::string sType = sText.substr(nEquals + 1);
+        for (const auto& [sName, lType] : kTypes) {
+            if (sType == sName) return {sText.substr(0, nEquals), lType};
+        }
+    }
+    throw Failure(kExitUsage,
+                  "--type takes COLUMN=real, integer, text or date, not \"" + sText + "\"");
+}
+
 // The parser of the well-known text in a record.
 std::shared_ptr<IGeometry> ParseGeometry(std::string_view sWKT) {
     return standins::ParseWKT(sWKT);
@@ -160,6 +179,17 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
     oDecoder->SetLineFeedEndsLine(true);
     oDecoder->SetSkipByteOrderMark(true);
     oDecoder->SetTextCodePage(GivenCodePage(tOptions).value_or(TextCodePageOf(tOptions.sPath)));
+    oDecoder->SetQuotedLineBreaks(true);
+    oDecoder->SetNameEmptyHeaders(true);
+    // Every row: widths from a part of the file could cut a value further down.
+    oDecoder->SetSampleRows(std::numeric_limits<std::int32_t>::max());
+    oDecoder->SetDecimalComma(tOptions.bDecimalComma);
+    std::vector<std::string> vTyped;
+    for (const std::string& sType : tOptions.vTypes) {
+        const auto [sKey, lType] = ParseColumnType(sType);
+        oDecoder->SetColumnType(sKey, lType);
+        vTyped.push_back(sKey);
+    }
     std::string sDelimiter = tOptions.sDelimiter;
     if (sDelimiter.empty()) {
         sDelimiter = LowerExtension(tOptions.sPath) == "tsv"
@@ -188,14 +218,21 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
         }
         oDecoder->ColumnsFromString(sNames, ",");
     }
-    // A text is read whole, so that a writer that has to cut it can say so, and a number has
-    // the room of any double (a header gives no width): the columns are made again so.
+    for (const std::string& sKey : vTyped) {
+        if (!oDecoder->Columns()->Item(sKey)) {
+            throw Failure(kExitUsage,
+                          "--type names \"" + sKey + "\", which is no column of " + tOptions.sPath);
+        }
+    }
+    // The rows typed the columns without a unit and sized them to hold every value. A text that
+    // filled the widest field is read whole, so that the writer that has to cut it says so; a
+    // number column with a unit in the header has the room of any double.
     tnwColumns& oColumns = *oDecoder->Columns();
     const std::vector<std::shared_ptr<tnwColumn>> vBuilt = oColumns.Items();
     oColumns.Clear();
     for (const auto& c : vBuilt) {
-        const bool bText = c->Type() == vtString;
-        const bool bNumber = c->Type() == vtDouble;
+        const bool bText = c->Type() == vtString && c->Size() >= kWidestTextField;
+        const bool bNumber = c->Type() == vtDouble && c->Unit() != kNoUnit;
         const std::int16_t iSize = bText ? kWholeText : bNumber ? kNumberWidth : c->Size();
         const std::int16_t iPrecision = bNumber ? kNumberDecimals : c->Precision();
         oColumns
@@ -209,14 +246,14 @@ void OpenText(const InputOptions& tOptions, Input& tInput) {
     tInput.oSource = std::make_shared<tnwDecoderRecordSource>(oDecoder, ParseGeometry);
 }
 
-// A dBase table read as the tool reads every table: each field sets its value, in the code
-// page found for it; deleted records are passed over when bSkipDeleted.
 std::shared_ptr<tnwDBFDecoder> OpenTableDecoder(const InputOptions& tOptions,
                                                 const std::string& sPath, bool bSkipDeleted,
                                                 Input& tInput) {
     auto oDecoder = std::make_shared<tnwDBFDecoder>();
     oDecoder->SetEveryFieldSets(true);
     oDecoder->SetSkipDeleted(bSkipDeleted);
+    oDecoder->SetRenameDuplicates(true);
+    oDecoder->SetCheckVersion(true);
     std::optional<platform::CodePage> eCodePage = GivenCodePage(tOptions);
     if (!eCodePage) {
         oDecoder->SetFilename(sPath);  // for the language driver byte

@@ -82,8 +82,13 @@ void SummaryBuilder::AddLog(const Input& tInput, Console& oConsole) {
     std::int32_t* aUnits[] = {&tUnits.lElevation, &tUnits.lWidth, &tUnits.lDistance,
                               &tUnits.lDuration};
     std::vector<SeriesColumn> vSeries;
+    // The position fields give the records' points, not quantities.
+    const auto IsPosition = [&](const tnwColumn& oColumn) {
+        return tInput.oText && (oColumn.Position() == tInput.oText->LonCol() ||
+                                oColumn.Position() == tInput.oText->LatCol());
+    };
     for (const auto& oColumn : oSource.Columns()->Items()) {
-        if (!oColumn->Visible()) continue;
+        if (!oColumn->Visible() || IsPosition(*oColumn)) continue;
         std::size_t m = 0;
         while (m < kMeasures && !FoldCaseEquals(oColumn->Key(), kMeasureNames[m]))
             ++m;
@@ -191,7 +196,7 @@ ExitCode Summary(const std::vector<std::string>& vInputs, const InputOptions& tI
                      CountText(static_cast<std::int64_t>(vInputs.size()), "log") +
                      ", wrote a summary of " + CountText(oBuilder.lRecords, "point") + " in " +
                      CountText(static_cast<std::int64_t>(vInputs.size()), "region") + " to " +
-                     OutputText(*oWriter) + " in " + aSeconds);
+                     OutputText(oWriter->Files(), oWriter->Detail()) + " in " + aSeconds);
     if (oBuilder.lSkipped > 0) {
         oConsole.Warn(CountText(oBuilder.lSkipped, "data row") +
                       " could not be read or had no position");

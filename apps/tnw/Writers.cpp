@@ -147,40 +147,6 @@ std::int64_t TableRecordCount(const std::string& sTable) {
     return tnwDecoderRecordSource(oTable).RecordCount();
 }
 
-// The widest number text: sign, 15 digits, point and a three-digit exponent.
-constexpr std::int16_t kNumberWidth = 24;
-// The widest text field of a dBase table.
-constexpr std::int16_t kTextWidth = 254;
-
-// The table's columns: the input's, with fields that hold their values. A number field up to 15
-// wide holds the number text of whatever its input field held; a wider one is made 24 wide, so
-// that a number of 15 significant digits in exponent form fits. A text field is at most 254
-// bytes wide; a longer text is cut and named by the writer.
-std::shared_ptr<tnwColumns> TableColumns(const tnwColumns& oInput) {
-    auto oColumns = CreateAs<tnwColumns>(kProgIdColumns, "Missing Component");
-    if (!oColumns) throw Failure(kExitOutput, "no column list can be made");
-    for (const auto& c : oInput.Items()) {
-        std::int16_t iSize = c->Size();
-        switch (c->Type()) {
-            case vtString:
-                iSize = std::min(iSize, kTextWidth);
-                break;
-            case vtDate:
-                iSize = std::max<std::int16_t>(iSize, 8);
-                break;
-            case vtBoolean:
-                iSize = std::max<std::int16_t>(iSize, 1);
-                break;
-            default:
-                if (iSize > 15) iSize = std::max(iSize, kNumberWidth);
-                break;
-        }
-        oColumns->Add(c->Key(), c->Name(), c->Description(), c->Type(), iSize, c->Precision(),
-                      c->Flags(), c->Kind(), c->Unit(), c->Tag(), c->Visible(), c->Active());
-    }
-    return oColumns;
-}
-
 // A shapefile set, or its .dbf alone for a table.
 class ShapeSetWriter final : public RecordWriter {
 public:
@@ -197,11 +163,17 @@ public:
                                   "--lon-col and --lat-col or --wkt-col, or write a .dbf");
             }
             if (t.bCentroids) m_eType = tnwGeometryPoint;
-            if (!t.sProjection.empty() && m_eType != tnwGeometryRegion) {
-                throw Failure(kExitUsage,
-                              "--projection applies to polygons (--geometry region) only");
+            if (!t.sProjection.empty() && m_eType != tnwGeometryRegion &&
+                m_eType != tnwGeometryPoint) {
+                throw Failure(kExitUsage, "--projection applies to points and polygons only");
             }
         }
+        m_oEncoder.SetUniqueFieldNames(true);
+        // A row whose position is empty has no place, and goes out without one; a geometry
+        // text that can't be read is a fault of the row, which is left out and told.
+        m_oEncoder.SetWriteNullShapes(tInput.eFormat == TNW_GeometryFormat_LonLat);
+        m_oEncoder.SetProjectPoints(true);
+        m_oEncoder.SetPrjFromProjection(true);
         m_oEncoder.SetGeometryType(static_cast<tnwGeometryType>(m_eType));
         m_oEncoder.SetXOffset(t.dXOffset.value_or(0.0));
         m_oEncoder.SetYOffset(t.dYOffset.value_or(0.0));
@@ -450,10 +422,10 @@ void MakeFolder(const std::string& sOutput) {
     if (ec) throw Failure(kExitOutput, "can't create the folder " + oFolder.string());
 }
 
-std::string OutputText(const RecordWriter& oWriter) {
+std::string OutputText(const std::vector<fs::path>& vFiles, const std::string& sDetail) {
     std::uintmax_t nBytes = 0;
     std::string sFiles;
-    for (const fs::path& oFile : oWriter.Files()) {
+    for (const fs::path& oFile : vFiles) {
         std::error_code ec;
         nBytes += fs::file_size(oFile, ec);
         if (sFiles.empty()) {
@@ -463,7 +435,41 @@ std::string OutputText(const RecordWriter& oWriter) {
             sFiles += oFile.extension().string();
         }
     }
-    return sFiles + " (" + SizeText(nBytes) + oWriter.Detail() + ")";
+    return sFiles + " (" + SizeText(nBytes) + sDetail + ")";
+}
+
+// The widest number text: sign, 15 digits, point and a three-digit exponent.
+constexpr std::int16_t kNumberWidth = 24;
+// The widest text field of a dBase table.
+constexpr std::int16_t kTextWidth = 254;
+
+// The table's columns: the input's, with fields that hold their values. A number field up to 15
+// wide holds the number text of whatever its input field held; a wider one is made 24 wide, so
+// that a number of 15 significant digits in exponent form fits. A text field is at most 254
+// bytes wide; a longer text is cut and named by the writer.
+std::shared_ptr<tnwColumns> TableColumns(const tnwColumns& oInput) {
+    auto oColumns = CreateAs<tnwColumns>(kProgIdColumns, "Missing Component");
+    if (!oColumns) throw Failure(kExitOutput, "no column list can be made");
+    for (const auto& c : oInput.Items()) {
+        std::int16_t iSize = c->Size();
+        switch (c->Type()) {
+            case vtString:
+                iSize = std::min(iSize, kTextWidth);
+                break;
+            case vtDate:
+                iSize = std::max<std::int16_t>(iSize, 8);
+                break;
+            case vtBoolean:
+                iSize = std::max<std::int16_t>(iSize, 1);
+                break;
+            default:
+                if (iSize > 15) iSize = std::max(iSize, kNumberWidth);
+                break;
+        }
+        oColumns->Add(c->Key(), c->Name(), c->Description(), c->Type(), iSize, c->Precision(),
+                      c->Flags(), c->Kind(), c->Unit(), c->Tag(), c->Visible(), c->Active());
+    }
+    return oColumns;
 }
 
 std::unique_ptr<RecordWriter> NewTextWriter() {

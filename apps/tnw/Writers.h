@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "core/GISLib.h"
 #include "core/Geometry.h"
 
 namespace tnw {
@@ -54,7 +55,11 @@ void CheckNotInput(const std::string& sInput, const RecordWriter& oWriter,
 // Makes the output's folder when it is missing (kExitOutput when it can't).
 void MakeFolder(const std::string& sOutput);
 // "out.shp .shx .dbf .prj .mcd (1.0 MiB, points)": the files written and their size.
-std::string OutputText(const RecordWriter& oWriter);
+std::string OutputText(const std::vector<std::filesystem::path>& vFiles,
+                       const std::string& sDetail);
+// The columns of a dBase table for the input's: a number field wide enough for its number
+// text, a text field at most 254 bytes wide.
+std::shared_ptr<tnwColumns> TableColumns(const tnwColumns& oInput);
 
 std::unique_ptr<RecordWriter> NewTextWriter();
 std::unique_ptr<RecordWriter> NewTableWriter();

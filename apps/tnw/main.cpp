@@ -2,6 +2,7 @@
 // application plans as plan-grid files, tell what a file holds, and draw a map of it.
 #include <CLI/CLI.hpp>
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 
@@ -22,7 +23,8 @@ constexpr const char* kGlobalOptions =
 
 constexpr const char* kDescription =
     "tnw moves precision-agriculture field data between delimited text (.csv .txt .tsv), "
-    "dBase tables (.dbf), GPL logs (.gpl) and shapefile sets (.shp), writes application plans "
+    "dBase tables (.dbf), GPL logs (.gpl), shapefile sets (.shp) and FGP sets (.fgp), writes "
+    "application plans "
     "as plan-grid files (.fpd), tells what a file holds, and draws a map of it. File kinds "
     "follow the extension, case-insensitive.";
 
@@ -31,7 +33,7 @@ void AddInputOptions(CLI::App& oCommand, InputOptions& tInput, bool bDelimiter) 
     oCommand
         .add_option("--from", tInput.sFrom,
                     "Kind of the input, whatever its extension: csv, "
-                    "txt, tsv, dbf, shp or gpl")
+                    "txt, tsv, dbf, shp, gpl or fgp")
         ->group(sGroup);
     if (bDelimiter) {
         oCommand
@@ -72,11 +74,35 @@ void AddInputOptions(CLI::App& oCommand, InputOptions& tInput, bool bDelimiter) 
         .add_flag("--keep-deleted", tInput.bKeepDeleted,
                   "Also read the records a dBase table marks as deleted")
         ->group(sGroup);
+    oCommand
+        .add_option("--type", tInput.vTypes,
+                    "COLUMN=real|integer|text|date: the type of a text input's column, over "
+                    "what its values show (repeatable)")
+        ->group(sGroup);
+    oCommand
+        .add_flag("--decimal-comma", tInput.bDecimalComma,
+                  "\",\" is the decimal mark of a text input's numbers (found by itself when "
+                  "the delimiter is not \",\")")
+        ->group(sGroup);
+    oCommand
+        .add_option("--phase", tInput.sPhase,
+                    "Of an FGP set, only its regions, lines or points (default: all, in that "
+                    "order)")
+        ->check(CLI::IsMember({"regions", "lines", "points"}))
+        ->group(sGroup);
+    oCommand
+        .add_flag("--as-sites", tInput.bAsSites,
+                  "Of an FGP set, each vertex of a line as a point with its own values (default: "
+                  "each line whole)")
+        ->group(sGroup);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A file that reaches the size limit for files then fails its write, which is told, rather
+    // than ending the tool with no word.
+    std::signal(SIGXFSZ, SIG_IGN);
     CLI::App oApp{kDescription, "tnw"};
     oApp.set_version_flag("--version", "tnw 1.0.0");
     oApp.require_subcommand(1);
@@ -103,7 +129,10 @@ int main(int argc, char** argv) {
                     "  tnw convert yield.csv copy.txt --delimiter ';'\n"
                     "  tnw convert zones.shp plan.fpd --rate RATE\n"
                     "  tnw convert log.gpl log.shp\n"
-                    "  tnw convert yield.csv log.gpl\n\n") +
+                    "  tnw convert yield.csv log.gpl\n"
+                    "  tnw convert spray.fgp passes.shp --phase lines\n"
+                    "  tnw convert spray.fgp sites.csv --as-sites\n"
+                    "  tnw convert points.csv set.fgp\n\n") +
         kGlobalOptions + kExitCodeHelp);
     pConvert->fallthrough();
     pConvert->add_option("input", tConvertIn.sPath, "File to read")->required();
@@ -120,7 +149,7 @@ int main(int argc, char** argv) {
     pConvert
         ->add_option("--to", tOut.sTo,
                      "Kind of the output, whatever its extension: csv, txt, "
-                     "tsv, dbf, shp, fpd or gpl")
+                     "tsv, dbf, shp, fpd, gpl or fgp")
         ->group("Output");
     pConvert
         ->add_option("--delimiter", tOut.sDelimiter,

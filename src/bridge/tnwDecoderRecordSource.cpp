@@ -1,12 +1,14 @@
 #include "bridge/tnwDecoderRecordSource.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <type_traits>
 #include <utility>
 
 #include "core/Error.h"
+#include "core/FGPFile.h"
 #include "platform/File.h"
 #include "support/mLog.h"
 
@@ -22,6 +24,7 @@ void SetUpTwin(const tnwASCIIDecoder& oDecoder, tnwASCIIDecoder& oTwin) {
     oTwin.SetDelimiter(oDecoder.Delimiter());
     oTwin.SetHeaderRows(oDecoder.HeaderRows());
     oTwin.SetLineFeedEndsLine(oDecoder.LineFeedEndsLine());
+    oTwin.SetQuotedLineBreaks(oDecoder.QuotedLineBreaks());
     oTwin.SetFilename(oDecoder.Filename());
 }
 
@@ -56,6 +59,12 @@ tnwDecoderRecordSource::tnwDecoderRecordSource(std::shared_ptr<tnwASCIIDecoder> 
 tnwDecoderRecordSource::tnwDecoderRecordSource(std::shared_ptr<tnwDBFDecoder> oDecoder,
                                                WKTParser fnParseWKT)
     : tnwDecoderRecordSource(Decoder(std::move(oDecoder)), std::move(fnParseWKT)) {}
+
+tnwDecoderRecordSource::tnwDecoderRecordSource(std::shared_ptr<tnwFGPDecoder> oDecoder,
+                                               WKTParser fnParseWKT, std::int16_t iPhase)
+    : tnwDecoderRecordSource(Decoder(std::move(oDecoder)), std::move(fnParseWKT)) {
+    m_iPhase = iPhase;
+}
 
 tnwDecoderRecordSource::tnwDecoderRecordSource(Decoder oDecoder, WKTParser fnParseWKT)
     : m_oDecoder(std::move(oDecoder)), m_fnParseWKT(std::move(fnParseWKT)) {
@@ -106,6 +115,13 @@ void tnwDecoderRecordSource::Arrive(bool bRead) {
             bRead = oText.MoveNext();
         }
     }
+    // An FGP set delivers its phases in order: the kept one is reached or passed.
+    if (auto* pSet = std::get_if<std::shared_ptr<tnwFGPDecoder>>(&m_oDecoder); pSet && m_iPhase) {
+        tnwFGPDecoder& oSet = **pSet;
+        while (bRead && oSet.Phase() < m_iPhase)
+            bRead = oSet.MoveNext();
+        bRead = bRead && oSet.Phase() == m_iPhase;
+    }
     m_bOnRecord = bRead;
     if (bRead) ++m_lRecordsRead;
     m_oGeometry.reset();
@@ -117,12 +133,17 @@ void tnwDecoderRecordSource::ReportProgress() {
     if (!m_oCallback) return;
     double dPercent = 100.0;
     if (m_bOnRecord) {
-        if (auto* pText = std::get_if<std::shared_ptr<tnwASCIIDecoder>>(&m_oDecoder)) {
-            dPercent = (*pText)->PercentComplete();
-        } else {
-            const std::int32_t lCount = RecordCount();
-            if (lCount > 0) dPercent = static_cast<double>(m_lRecordsRead) * 100.0 / lCount;
-        }
+        dPercent = std::visit(
+            [this](const auto& d) {
+                if constexpr (std::is_same_v<std::decay_t<decltype(*d)>, tnwDBFDecoder>) {
+                    const std::int32_t lCount = RecordCount();
+                    return lCount > 0 ? static_cast<double>(m_lRecordsRead) * 100.0 / lCount
+                                      : 100.0;
+                } else {
+                    return d->PercentComplete();
+                }
+            },
+            m_oDecoder);
     }
     const int iPercent = static_cast<int>(std::clamp(std::floor(dPercent), 0.0, 100.0));
     if (iPercent == m_iPercentShown) return;
@@ -131,17 +152,31 @@ void tnwDecoderRecordSource::ReportProgress() {
 }
 
 TNW_Encoders_GeometryFormats tnwDecoderRecordSource::Format() const {
-    return std::visit([](const auto& d) { return d->GeometryFormat(); }, m_oDecoder);
+    return std::visit(
+        [](const auto& d) {
+            if constexpr (std::is_same_v<std::decay_t<decltype(*d)>, tnwFGPDecoder>) {
+                return TNW_GeometryFormat_WKT;
+            } else {
+                return d->GeometryFormat();
+            }
+        },
+        m_oDecoder);
 }
 
 std::int32_t tnwDecoderRecordSource::RecordCount() const {
     if (m_lRecordCount < 0) {
         m_lRecordCount = std::visit(
             [this](const auto& d) {
-                if constexpr (std::is_same_v<std::decay_t<decltype(*d)>, tnwASCIIDecoder>) {
+                using Kind = std::decay_t<decltype(*d)>;
+                if constexpr (std::is_same_v<Kind, tnwASCIIDecoder>) {
                     return CountTextRecords(*d);
-                } else {
+                } else if constexpr (std::is_same_v<Kind, tnwDBFDecoder>) {
                     return CountTableRecords(*d);
+                } else {
+                    const auto aCounts = CountFGPRecords(*d);
+                    const std::int64_t lCount =
+                        m_iPhase ? aCounts[m_iPhase - 1] : aCounts[0] + aCounts[1] + aCounts[2];
+                    return static_cast<std::int32_t>(std::min(lCount, kMaxCount));
                 }
             },
             m_oDecoder);
@@ -174,8 +209,34 @@ std::int32_t tnwDecoderRecordSource::CountTableRecords(const tnwDBFDecoder& oDec
     return static_cast<std::int32_t>(std::min<std::uint32_t>(nCount, kMaxCount));
 }
 
+std::array<std::int64_t, 3> tnwDecoderRecordSource::CountFGPRecords(
+    const tnwFGPDecoder& oDecoder) const {
+    if (!oDecoder.IsValidFile()) return {};
+    const auto oFile = CreateAs<tnwFGPFile>(kProgIdFGPFile, "Missing Component");
+    if (!oFile) Raise(errCantCreateObject, "tnwDecoderRecordSource");
+    oFile->Open(oDecoder.Filename());
+    const auto oLines = oFile->Lines();
+    std::int64_t lLineRecords = oLines->Count();
+    if (oDecoder.AsSites()) {
+        lLineRecords = 0;
+        for (std::int32_t lLine = 1; lLine <= oLines->Count(); ++lLine)
+            lLineRecords += oLines->Item(lLine)->Count();
+    }
+    return {oFile->Regions()->Count(), lLineRecords, oFile->Points()->Count()};
+}
+
 std::int32_t tnwDecoderRecordSource::GeometryType() const {
     if (m_eGeometryType != 0) return m_eGeometryType;
+    if (auto* pSet = std::get_if<std::shared_ptr<tnwFGPDecoder>>(&m_oDecoder)) {
+        const auto aCounts = CountFGPRecords(**pSet);
+        const bool bSites = (*pSet)->AsSites();
+        for (std::int16_t iPhase = 1; iPhase <= 3; ++iPhase) {
+            if (m_iPhase ? iPhase != m_iPhase : aCounts[iPhase - 1] == 0) continue;
+            if (iPhase == 1) return tnwGeometryRegion;
+            return iPhase == 2 && !bSites ? tnwGeometryLine : tnwGeometryPoint;
+        }
+        return 0;
+    }
     switch (Format()) {
         case TNW_GeometryFormat_LonLat:
             return 1;
@@ -211,8 +272,16 @@ std::shared_ptr<IGeometry> tnwDecoderRecordSource::Geometry() const {
               [&] { m_oGeometry = m_fnRowGeometry(m_lRecordsRead + m_lRowsSkipped); });
         return m_oGeometry;
     }
+    if (auto* pSet = std::get_if<std::shared_ptr<tnwFGPDecoder>>(&m_oDecoder)) {
+        m_oGeometry = FGPGeometry(**pSet);
+        return m_oGeometry;
+    }
     switch (Format()) {
         case TNW_GeometryFormat_LonLat: {
+            // A text row with an empty position field has no place: 0, 0 would be made up.
+            if (auto* pText = std::get_if<std::shared_ptr<tnwASCIIDecoder>>(&m_oDecoder);
+                pText && !(*pText)->HasPosition())
+                break;
             const auto [dX, dY] = std::visit(
                 [](const auto& d) { return std::pair(d->Longitude(), d->Latitude()); }, m_oDecoder);
             m_oGeometry = m_oFactory->CreatePoint(dX, dY, nullptr);
@@ -228,6 +297,41 @@ std::shared_ptr<IGeometry> tnwDecoderRecordSource::Geometry() const {
             break;
     }
     return m_oGeometry;
+}
+
+std::shared_ptr<IGeometry> tnwDecoderRecordSource::FGPGeometry(tnwFGPDecoder& oSet) const {
+    const std::int16_t iPhase = oSet.Phase();
+    if (iPhase == 3 || (iPhase == 2 && oSet.AsSites())) {
+        return m_oFactory->CreatePoint(oSet.Longitude(), oSet.Latitude(), nullptr);
+    }
+    // Standard text of the region (its ring closed) or line, with each number's shortest
+    // text that reads back the same.
+    const auto oList = oSet.CurrentList();
+    if (!m_fnParseWKT || !oList || oList->Count() == 0) return nullptr;
+    std::shared_ptr<IGeometry> oGeometry;
+    Guard("tnwDecoderRecordSource.Geometry", [&] {
+        std::string sText = iPhase == 1 ? "POLYGON((" : "LINESTRING(";
+        const auto AppendVertex = [&sText](const tnwFGPPoint& oVertex) {
+            char aNumber[64];
+            for (double dValue : {oVertex.Longitude(), oVertex.Latitude()}) {
+                sText.append(aNumber, std::to_chars(aNumber, std::end(aNumber), dValue).ptr);
+                sText += ' ';
+            }
+            sText.back() = ',';
+        };
+        const auto oFirst = oList->Item(1);
+        for (std::int32_t i = 1; i <= oList->Count(); ++i)
+            AppendVertex(i == 1 ? *oFirst : *oList->Item(i));
+        const auto oLast = oList->Item(oList->Count());
+        if (iPhase == 1 && (oLast->Longitude() != oFirst->Longitude() ||
+                            oLast->Latitude() != oFirst->Latitude())) {
+            AppendVertex(*oFirst);
+        }
+        sText.back() = ')';
+        if (iPhase == 1) sText += ')';
+        oGeometry = m_fnParseWKT(sText);
+    });
+    return oGeometry;
 }
 
 std::shared_ptr<tnwColumns> tnwDecoderRecordSource::Columns() const {

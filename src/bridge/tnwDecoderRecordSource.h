@@ -1,6 +1,6 @@
 // tnwDecoderRecordSource: a decoder seen as a tnwRecordSource, so that a host can hand a file
-// it reads (delimited text through tnwASCIIDecoder, a dBase table through tnwDBFDecoder) to any
-// encoder's ImportRS, or walk it itself.
+// it reads (delimited text through tnwASCIIDecoder, a dBase table through tnwDBFDecoder, an FGP
+// set through tnwFGPDecoder) to any encoder's ImportRS, or walk it itself.
 //
 // The columns are the decoder's own: their values follow the cursor, nothing is copied. The
 // geometry of a record comes from the decoder's geometry format: a point made by the
@@ -8,6 +8,7 @@
 // parser the host gives (the library knows no geometry classes of its own).
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -16,6 +17,7 @@
 
 #include "core/GISLib.h"
 #include "decoders/tnwDBFDecoder.h"
+#include "decoders/tnwFGPDecoder.h"
 #include "delimited/tnwASCIIDecoder.h"
 
 namespace tnw {
@@ -31,6 +33,13 @@ public:
                                     WKTParser fnParseWKT = {});
     explicit tnwDecoderRecordSource(std::shared_ptr<tnwDBFDecoder> oDecoder,
                                     WKTParser fnParseWKT = {});
+    // An FGP set: a region is a polygon (its ring closed), a line a line string, a site (with
+    // AsSites) and a loose point a point at Longitude and Latitude. Regions and lines go through
+    // the parser as standard well-known text; without one they have no geometry. iPhase 1, 2
+    // or 3 keeps the regions, the lines or the loose points only (the others are passed over,
+    // not counted as skipped); 0 keeps all.
+    explicit tnwDecoderRecordSource(std::shared_ptr<tnwFGPDecoder> oDecoder,
+                                    WKTParser fnParseWKT = {}, std::int16_t iPhase = 0);
 
     // Starts the walk over and stands on the first record that the decoder could read.
     void MoveFirst() override;
@@ -43,7 +52,8 @@ public:
     // True when no record is current: before MoveFirst and after the last record.
     bool Eof() const override { return !m_bOnRecord; }
 
-    // The number of records. A dBase table gives the count in its header. A text file is
+    // The number of records. A dBase table gives the count in its header, an FGP set the counts
+    // in its main file. A text file is
     // forward-only: its records are counted on demand by a second reader walking the same file
     // with the same delimiter, header rows and line ends, once, the first time the count is
     // asked for (a file that changes afterwards is not counted again). Rows the first reader
@@ -51,9 +61,9 @@ public:
     std::int32_t RecordCount() const override;
 
     // The tnwGeometryType of the records. Unless the host has set one: 1 (Point) for longitude
-    // and latitude, 0 for no geometry, and for well-known text the kind of the current
-    // record's geometry, reading the first record when none is current (so ask it before a
-    // walk, as ImportRS does, or during one).
+    // and latitude, 0 for no geometry, for an FGP set the kind of its first kept record, and for
+    // well-known text the kind of the current record's geometry, reading the first record when none
+    // is current (so ask it before a walk, as ImportRS does, or during one).
     std::int32_t GeometryType() const override;
     // 0 goes back to finding the type as above.
     void SetGeometryType(std::int32_t eGeometryType) { m_eGeometryType = eGeometryType; }
@@ -92,7 +102,8 @@ public:
     static std::int32_t GeometryTypeOf(std::int32_t lOGCType);
 
 private:
-    using Decoder = std::variant<std::shared_ptr<tnwASCIIDecoder>, std::shared_ptr<tnwDBFDecoder>>;
+    using Decoder = std::variant<std::shared_ptr<tnwASCIIDecoder>, std::shared_ptr<tnwDBFDecoder>,
+                                 std::shared_ptr<tnwFGPDecoder>>;
 
     tnwDecoderRecordSource(Decoder oDecoder, WKTParser fnParseWKT);
 
@@ -102,6 +113,9 @@ private:
     TNW_Encoders_GeometryFormats Format() const;
     std::int32_t CountTextRecords(const tnwASCIIDecoder& oDecoder) const;
     std::int32_t CountTableRecords(const tnwDBFDecoder& oDecoder) const;
+    // The records of each phase of the set (regions, lines or sites, loose points).
+    std::array<std::int64_t, 3> CountFGPRecords(const tnwFGPDecoder& oDecoder) const;
+    std::shared_ptr<IGeometry> FGPGeometry(tnwFGPDecoder& oDecoder) const;
 
     Decoder m_oDecoder;
     WKTParser m_fnParseWKT;
@@ -109,6 +123,7 @@ private:
     std::shared_ptr<tnwGISFactory> m_oFactory;
     std::shared_ptr<tnwGISCallback> m_oCallback;
     std::int32_t m_eGeometryType = 0;
+    std::int16_t m_iPhase = 0;  // of an FGP set: the only phase kept, 0 for all
     bool m_bOnRecord = false;
     std::int64_t m_lRecordsRead = 0;
     std::int64_t m_lRowsSkipped = 0;

@@ -19,6 +19,7 @@ enum ErrorNumber : std::int32_t {
     errDiskFull = 61,
     errInputPastEnd = 62,
     errPathFileAccess = 75,
+    errBadFileFormat = 321,
     errObjectNotSet = 91,
     errCantCreateObject = 429,
     errNoSuchMethod = 438,

@@ -16,6 +16,8 @@ class IPoint;
 class ISpatialReference : public virtual IComponent {
 public:
     virtual std::string Name() const = 0;
+    // The system as the text of a shapefile set's .prj; empty when the library has none.
+    virtual std::string PrjText() const { return std::string(); }
 };
 
 // OpenGIS geometry type numbers as GeometryType gives them.

@@ -11,10 +11,12 @@ namespace tnw {
 // Made from "tnwlib.tnwStringBuilder", a new one for each text.
 class tnwStringBuilder : public virtual IComponent {
 public:
-    // Adds sText to the end.
+    // Adds sText to the end, behind the separator.
     virtual void Append(std::string_view sText) = 0;
-    // Adds sText and ends the line with carriage return and line feed.
+    // Adds sText, behind the separator, and ends the line with carriage return and line feed.
     virtual void AppendLine(std::string_view sText) = 0;
+    // What goes in front of each further Append and AppendLine; empty (the start) for nothing.
+    virtual void SetSeparator(std::string_view sSeparator) = 0;
     // The whole text.
     virtual std::string Text() const = 0;
 };

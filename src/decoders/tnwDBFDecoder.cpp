@@ -154,6 +154,10 @@ void tnwDBFDecoder::SetFilename(const std::string& sFilename) {
 void tnwDBFDecoder::ReadFieldList() {
     unsigned char aHeader[kHeaderSize];
     m_oFile.ReadExact(aHeader, sizeof aHeader);
+    // Versions 0x30 to 0x32 carry a back link after the fields that reads as junk fields.
+    if (m_bCheckVersion && aHeader[0] >= 0x30 && aHeader[0] <= 0x32)
+        throw Error(errBadFileFormat, "tnwDelimAscii.OpenFile",
+                    "Not a dBase table but a Visual FoxPro table: " + m_sFilename);
     m_lRecordCount = static_cast<std::int32_t>(platform::GetLE32(aHeader + 4));
     m_iHeaderLength = platform::GetLE16(aHeader + 8);
     m_iRecordLength = platform::GetLE16(aHeader + 10);
@@ -185,8 +189,14 @@ void tnwDBFDecoder::AddField(const unsigned char* pDescriptor) {
 
     bool bActive = true;
     if (m_oColumns->Item(sKey)) {
-        sKey = "Dummy_" + std::to_string(m_oColumns->Count() + 1);
-        bActive = false;
+        if (m_bRenameDuplicates) {
+            const std::string sFirstKey = sKey;
+            for (std::int32_t n = 1; m_oColumns->Item(sKey); ++n)
+                sKey = sFirstKey + "_" + std::to_string(n);
+        } else {
+            sKey = "Dummy_" + std::to_string(m_oColumns->Count() + 1);
+            bActive = false;
+        }
     }
 
     std::int32_t lType = vtString;

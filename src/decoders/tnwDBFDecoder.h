@@ -85,6 +85,14 @@ public:
     }
     // The language driver byte of the header (offset 29): 0 when the table names none.
     std::uint8_t LanguageDriver() const { return m_byLanguageDriver; }
+    // A field whose name the table has already gets "_1", "_2"... and is read, rather than
+    // becoming an inactive "Dummy_" column. Applies from the next Filename.
+    bool RenameDuplicates() const { return m_bRenameDuplicates; }
+    void SetRenameDuplicates(bool bRename) { m_bRenameDuplicates = bRename; }
+    // The version byte is looked at: a Visual FoxPro table, whose header this reader does not
+    // follow, is refused with error 321 rather than read as junk. Applies from the next Filename.
+    bool CheckVersion() const { return m_bCheckVersion; }
+    void SetCheckVersion(bool bCheck) { m_bCheckVersion = bCheck; }
 
 private:
     // One field of a record: where its bytes lie behind the flag byte and the column that
@@ -131,6 +139,8 @@ private:
     std::int64_t m_lCurrentRecord = 0;
     std::string m_sSchema;
 
+    bool m_bRenameDuplicates = false;
+    bool m_bCheckVersion = false;
     std::vector<Field> m_vFields;
     std::size_t m_nRecordBytes = 1;  // a record's bytes: the flag and the fields
 

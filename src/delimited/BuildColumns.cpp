@@ -86,6 +86,12 @@ bool tnwASCIIDecoder::BuildColumns(const FieldArray& aHeaders) {
                     }
                 }
             }
+            // Held here so that a made-up name outlives the view of it.
+            std::string sMadeName;
+            if (sName.empty() && m_bNameEmptyHeaders) {
+                sMadeName = "field_" + std::to_string(i + 1);
+                sName = sMadeName;
+            }
             const std::string sLower = LowerAscii(sName);
             if (sLower == "x" || sLower == "longitude") {
                 SetLonCol(i + 1);
@@ -111,6 +117,7 @@ bool tnwASCIIDecoder::BuildColumns(const FieldArray& aHeaders) {
                 oColumn->SetPosition(i + 1);
             }
         }
+        if (TypesColumns()) TypeColumns();
         bResult = true;
     });
     return bResult;

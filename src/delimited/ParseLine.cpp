@@ -81,7 +81,9 @@ void tnwASCIIDecoder::ParseLine(std::string_view sLine, std::string_view sDelimi
 
 void tnwASCIIDecoder::ParseDelimited(std::string_view sLine, std::string_view sDelimiterIn,
                                      LineFields& aFields) const {
-    if (sLine.size() > kMaxDelimitedLine) Raise(errOverflow);
+    if (sLine.size() > kMaxDelimitedLine)
+        throw Error(errOverflow, "tnwEncoders",
+                    "Overflow: the line has more than 32766 characters, the most a line may have");
     aFields.Resize(0);
     if (sLine.empty()) return;
     // A delimiter of more than one character never equals one character of the line: it

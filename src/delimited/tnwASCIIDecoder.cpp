@@ -1,13 +1,28 @@
 #include "delimited/tnwASCIIDecoder.h"
 
+#include <algorithm>
 #include <exception>
 
 #include "core/Error.h"
+#include "core/KeyedList.h"
 #include "core/NumberText.h"
+#include "core/SerialDate.h"
 #include "platform/CodePage.h"
 #include "support/mLog.h"
 
 namespace tnw {
+
+namespace {
+
+// A delimited line of more characters than ParseLine takes is refused whole; what lies past
+// one character more than the limit is never kept.
+constexpr std::size_t kLongestKeptLine = 32767;
+
+bool OddQuotes(std::string_view sText) {
+    return std::count(sText.begin(), sText.end(), '"') % 2 != 0;
+}
+
+}  // namespace
 
 tnwASCIIDecoder::tnwASCIIDecoder()
     : oColumns(CreateAs<tnwColumns>(kProgIdColumns, "Missing Component")) {}
@@ -124,17 +139,50 @@ std::int64_t tnwASCIIDecoder::PassByteOrderMark() {
     return 0;
 }
 
-bool tnwASCIIDecoder::ReadLine(std::string& sLine, std::int64_t& nBytes) {
-    std::size_t nConsumed = 0;
-    if (m_bLineFeedEndsLine) {
-        if (!m_oFile.ReadLine(sLine, platform::LineEnds::Any, nConsumed)) return false;
-        nBytes = static_cast<std::int64_t>(nConsumed);
-    } else {
-        if (!m_oFile.ReadLine(sLine, platform::LineEnds::CarriageReturn, nConsumed)) return false;
-        // Every line counts as if it ended in CR LF, whatever ended it.
-        nBytes = static_cast<std::int64_t>(sLine.size()) + 2;
+std::int32_t tnwASCIIDecoder::ColumnType(const std::string& sKey) const {
+    const std::string sFolded = FoldCase(sKey);
+    for (const auto& [sTypedKey, lType] : m_vColumnTypes)
+        if (sTypedKey == sFolded) return lType;
+    return vtEmpty;
+}
+
+void tnwASCIIDecoder::SetColumnType(const std::string& sKey, std::int32_t lType) {
+    std::string sFolded = FoldCase(sKey);
+    std::erase_if(m_vColumnTypes, [&](const auto& tEntry) { return tEntry.first == sFolded; });
+    if (lType != vtEmpty) m_vColumnTypes.emplace_back(std::move(sFolded), lType);
+}
+
+bool tnwASCIIDecoder::ReadLine(platform::InputFile& oFile, std::string& sLine,
+                               std::int64_t& nBytes) {
+    const platform::LineEnds eEnds =
+        m_bLineFeedEndsLine ? platform::LineEnds::Any : platform::LineEnds::CarriageReturn;
+    // Fixed-width lines have no limit; a delimited one past it is refused anyway.
+    const std::size_t nKeep = sDelimiter.empty() ? std::string::npos : kLongestKeptLine;
+    const auto read = [&](std::string& sText) {
+        std::size_t nConsumed = 0;
+        if (!oFile.ReadLine(sText, eEnds, nConsumed, nKeep)) return false;
+        // Without the line-feed rule every line counts as if it ended in CR LF.
+        nBytes += m_bLineFeedEndsLine ? static_cast<std::int64_t>(nConsumed)
+                                      : static_cast<std::int64_t>(sText.size()) + 2;
+        return true;
+    };
+    nBytes = 0;
+    if (!read(sLine)) return false;
+    if (!m_bQuotedLineBreaks) return true;
+    bool bInQuotes = OddQuotes(sLine);
+    while (bInQuotes && sLine.size() < nKeep && read(m_sContinuation)) {
+        bInQuotes = OddQuotes(m_sContinuation) != bInQuotes;
+        sLine += '\n';
+        sLine.append(m_sContinuation, 0, nKeep - std::min(nKeep, sLine.size()));
     }
     return true;
+}
+
+double tnwASCIIDecoder::FieldNumber(std::string_view sField) {
+    if (!m_bDecimalComma || sField.find(',') == std::string_view::npos) return TextToNumber(sField);
+    m_sNumber.assign(sField);
+    std::replace(m_sNumber.begin(), m_sNumber.end(), ',', '.');
+    return TextToNumber(m_sNumber);
 }
 
 Variant tnwASCIIDecoder::MoveFirst() {
@@ -195,8 +243,11 @@ void tnwASCIIDecoder::ReadRow() {
     dLatitude = 0.0;
     sWKT.clear();
     lRecordID = 0;
-    if (lLonCol > 0) dLongitude = TextToNumber(m_aFields.Item(lLonCol - 1));
-    if (lLatCol > 0) dLatitude = TextToNumber(m_aFields.Item(lLatCol - 1));
+    m_bHasPosition = false;
+    if (lLonCol > 0) dLongitude = FieldNumber(m_aFields.Item(lLonCol - 1));
+    if (lLatCol > 0) dLatitude = FieldNumber(m_aFields.Item(lLatCol - 1));
+    m_bHasPosition = lLonCol > 0 && lLatCol > 0 && !m_aFields.Item(lLonCol - 1).empty() &&
+                     !m_aFields.Item(lLatCol - 1).empty();
     if (lWKTCol > 0) sWKT = platform::FromNarrow(m_aFields.Item(lWKTCol - 1), CodePageInUse());
     if (lRecordIDCol > 0) lRecordID = RoundToLong(TextToNumber(m_aFields.Item(lRecordIDCol - 1)));
 
@@ -212,8 +263,12 @@ void tnwASCIIDecoder::ReadRow() {
             oColumn->SetValue(Variant(platform::FromNarrow(
                 platform::CharPrefix(sField, std::size_t(iSize), CodePageInUse()),
                 CodePageInUse())));
+        } else if (oColumn->Type() == vtDate && TypesColumns()) {
+            // Only a reader that types its columns reads dates; an unreadable one is empty.
+            const auto tDate = ParseDateText(sField);
+            oColumn->SetValue(tDate ? Variant(*tDate) : Variant());
         } else {
-            oColumn->SetValue(Variant(TextToNumber(sField)));
+            oColumn->SetValue(Variant(FieldNumber(sField)));
         }
     }
     if (oGPD) JoinGPD();

@@ -9,6 +9,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "core/Enums.h"
 #include "core/GISLib.h"
@@ -99,6 +101,32 @@ public:
     std::optional<platform::CodePage> TextCodePage() const { return m_eTextCodePage; }
     void SetTextCodePage(std::optional<platform::CodePage> eCodePage);
 
+    // Extensions for files as they come from the field, all off by default.
+    //
+    // Data rows that AutoGenColumns reads to give each column without a unit in its header
+    // the type and width its values need: whole numbers, numbers, dates or text. 0 keeps the
+    // header's word alone (text of 254 characters).
+    std::int32_t SampleRows() const { return m_lSampleRows; }
+    void SetSampleRows(std::int32_t lRows) { m_lSampleRows = lRows; }
+    // The type asked for a column by key (vtInt32, vtDouble, vtDate, vtString), over what the
+    // header or the sample says; vtEmpty for none. Columns built afterwards follow it.
+    std::int32_t ColumnType(const std::string& sKey) const;
+    void SetColumnType(const std::string& sKey, std::int32_t lType);
+    // "," is the decimal mark of the position fields and the numeric columns. A sample that
+    // finds numbers written so, and none with ".", in a file not delimited by "," turns it on.
+    bool DecimalComma() const { return m_bDecimalComma; }
+    void SetDecimalComma(bool bComma) { m_bDecimalComma = bComma; }
+    // A line end inside quotes belongs to the field: the record goes on on the next line.
+    bool QuotedLineBreaks() const { return m_bQuotedLineBreaks; }
+    void SetQuotedLineBreaks(bool bJoin) { m_bQuotedLineBreaks = bJoin; }
+    // A header cell with no name makes a column "field_<n>" (n its 1-based place) rather
+    // than none.
+    bool NameEmptyHeaders() const { return m_bNameEmptyHeaders; }
+    void SetNameEmptyHeaders(bool bName) { m_bNameEmptyHeaders = bName; }
+    // False when the current row leaves a position field (LonCol, LatCol) empty: the row has
+    // no place, and its Longitude and Latitude of 0 are no coordinates.
+    bool HasPosition() const { return m_bHasPosition; }
+
 private:
     // Run-time error 5, "Invalid procedure call or argument": a width or count below 0.
     [[noreturn]] static void RaiseInvalidCall();
@@ -111,8 +139,17 @@ private:
         return m_eTextCodePage.value_or(platform::NarrowCodePage());
     }
     // The next line into sLine; false at the end of the file. nBytes gets what the line
-    // counts towards PercentComplete.
-    bool ReadLine(std::string& sLine, std::int64_t& nBytes);
+    // counts towards PercentComplete. With QuotedLineBreaks the lines a quoted field runs
+    // over are joined, each break as a line feed.
+    bool ReadLine(platform::InputFile& oFile, std::string& sLine, std::int64_t& nBytes);
+    bool ReadLine(std::string& sLine, std::int64_t& nBytes) {
+        return ReadLine(m_oFile, sLine, nBytes);
+    }
+    // The number in a field by the text-to-number rule, "," read as "." with DecimalComma.
+    double FieldNumber(std::string_view sField);
+    // Gives the columns the types of ColumnType and, with SampleRows, of their values.
+    void TypeColumns();
+    bool TypesColumns() const { return m_lSampleRows > 0 || !m_vColumnTypes.empty(); }
     // Splits the current line and sets the position fields and the columns' values.
     void ReadRow();
     // Splits a narrow line into aFields: by sDelimiterIn when it isn't empty, else by the
@@ -169,8 +206,16 @@ private:
     bool m_bLineFeedEndsLine = false;
     bool m_bSkipByteOrderMark = false;
     std::optional<platform::CodePage> m_eTextCodePage;
-    LineFields m_aFields;    // the current row's fields, good until the next line is read
-    std::string m_sSkipped;  // lines read and dropped
+    std::int32_t m_lSampleRows = 0;
+    std::vector<std::pair<std::string, std::int32_t>> m_vColumnTypes;  // folded key, type
+    bool m_bDecimalComma = false;
+    bool m_bQuotedLineBreaks = false;
+    bool m_bNameEmptyHeaders = false;
+    bool m_bHasPosition = false;
+    std::string m_sNumber;        // a field with its decimal comma made a point
+    std::string m_sContinuation;  // the next line of a record that runs over a line end
+    LineFields m_aFields;         // the current row's fields, good until the next line is read
+    std::string m_sSkipped;       // lines read and dropped
 };
 
 }  // namespace tnw

@@ -18,8 +18,11 @@ namespace {
     std::int32_t lNumber = errPathFileAccess;
     if (iErrno == ENOENT) lNumber = errFileNotFound;
     if (iErrno == ENOSPC || iErrno == EDQUOT || iErrno == EFBIG) lNumber = errDiskFull;
-    throw Error(lNumber, "tnwEncoders",
-                StandardDescription(lNumber) + (sPath.empty() ? "" : ": " + sPath));
+    // A full disk and a file at the size limit set for the process read alike otherwise.
+    const std::string sWhat = iErrno == EFBIG ? StandardDescription(lNumber) +
+                                                    " (the file reached the size limit for files)"
+                                              : StandardDescription(lNumber);
+    throw Error(lNumber, "tnwEncoders", sWhat + (sPath.empty() ? "" : ": " + sPath));
 }
 
 }  // namespace
@@ -68,7 +71,16 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::Open(const std::string& sPath) {
-    Abandon();
+    // A file still open keeps what it was given: its buffered bytes go out before it closes.
+    if (m_iFd >= 0) {
+        try {
+            Flush();
+        } catch (...) {
+            Abandon();
+            throw;
+        }
+        Abandon();
+    }
     int iFd = Sys().open(sPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (iFd < 0) RaiseErrno(errno, sPath);
     m_iFd = iFd;
@@ -153,6 +165,21 @@ void OutputFile::Close() {
     m_iFd = -1;
     if (Sys().close(iFd) != 0) RaiseErrno(errno, m_sPath);
     if (bRemoved) RaiseErrno(EIO, m_sPath);
+}
+
+void OutputFile::Truncate(std::int64_t lPosition) {
+    RaiseIfClosed();
+    const std::int64_t lOnDisk = m_lPosition - static_cast<std::int64_t>(m_nUsed);
+    if (lPosition >= lOnDisk) {
+        // Only buffered bytes go.
+        m_nUsed = static_cast<std::size_t>(lPosition - lOnDisk);
+        m_lPosition = lPosition;
+        return;
+    }
+    m_nUsed = 0;
+    if (::ftruncate(m_iFd, static_cast<off_t>(lPosition)) != 0) RaiseErrno(errno, m_sPath);
+    if (Sys().lseek(m_iFd, static_cast<off_t>(lPosition), SEEK_SET) < 0) RaiseErrno(errno, m_sPath);
+    m_lPosition = lPosition;
 }
 
 void OutputFile::Abandon() noexcept {
@@ -257,7 +284,12 @@ bool InputFile::AtEnd() {
     return !Fill();
 }
 
-bool InputFile::ReadLine(std::string& sLine, LineEnds eEnds, std::size_t& nConsumed) {
+bool InputFile::ReadLine(std::string& sLine, LineEnds eEnds, std::size_t& nConsumed,
+                         std::size_t nMaxLength) {
+    const auto keep = [&](const char* pBegin, const char* pEnd) {
+        const std::size_t nRoom = nMaxLength - std::min(nMaxLength, sLine.size());
+        sLine.append(pBegin, std::min(nRoom, static_cast<std::size_t>(pEnd - pBegin)));
+    };
     nConsumed = 0;
     // At the end the caller's line stays as it was: it is the last line read.
     if (!Fill()) return false;
@@ -275,14 +307,14 @@ bool InputFile::ReadLine(std::string& sLine, LineEnds eEnds, std::size_t& nConsu
             if (pStop == pEnd) pStop = nullptr;
         }
         if (!pStop) {
-            sLine.append(pBegin, pEnd);
+            keep(pBegin, pEnd);
             nConsumed += static_cast<std::size_t>(pEnd - pBegin);
             m_lPosition += pEnd - pBegin;
             m_nStart = m_nEnd;
             if (!Fill()) return true;  // the last line has no end
             continue;
         }
-        sLine.append(pBegin, pStop);
+        keep(pBegin, pStop);
         std::size_t nTaken = static_cast<std::size_t>(pStop - pBegin) + 1;
         const bool bCarriageReturn = *pStop == '\r';
         m_nStart += nTaken;

@@ -64,6 +64,9 @@ public:
     // Flushes and closes; error 75 also when the file was removed while open. The file ends
     // closed even when this raises.
     void Close();
+    // Cuts the file back to lPosition, at or before Tell(), dropping what was written behind
+    // it, and goes on writing there: a record that failed half-way leaves no bytes.
+    void Truncate(std::int64_t lPosition);
     // Closes without flushing, ignoring errors.
     void Abandon() noexcept;
 
@@ -106,8 +109,10 @@ public:
     // out: the view holds until the next call on the file.
     std::string_view ReadView(std::size_t nBytes);
     // Reads the next line into sLine (without its end); false at the end of the file.
-    // nConsumed gets the bytes taken, the line end included.
-    bool ReadLine(std::string& sLine, LineEnds eEnds, std::size_t& nConsumed);
+    // nConsumed gets the bytes taken, the line end included. Characters past nMaxLength are
+    // read and dropped, so that a line without an end costs no more memory than the limit.
+    bool ReadLine(std::string& sLine, LineEnds eEnds, std::size_t& nConsumed,
+                  std::size_t nMaxLength = std::string::npos);
     bool AtEnd();
 
     std::int64_t Tell() const { return m_lPosition; }

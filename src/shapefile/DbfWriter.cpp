@@ -89,8 +89,27 @@ bool IsGeometryColumn(const tnwColumn& oColumn) {
     return FoldCaseEquals(oColumn.Name(), "geometry");
 }
 
-void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
-                          const tnwColumn& oColumn) {
+std::string FieldName(const tnwColumn& oColumn) {
+    std::string sName = platform::ToNarrow(oColumn.Key());
+    if (sName.size() > kDbfNameBytes) sName.resize(kDbfNameBytes);
+    return sName;
+}
+
+std::string UniqueFieldName(const std::string& sName, const std::vector<std::string>& vTaken) {
+    const auto taken = [&](const std::string& sTry) {
+        return std::any_of(vTaken.begin(), vTaken.end(),
+                           [&](const std::string& s) { return FoldCaseEquals(s, sTry); });
+    };
+    std::string sTry = sName;
+    for (std::size_t n = 1; taken(sTry); ++n) {
+        const std::string sSuffix = "_" + std::to_string(n);
+        sTry = sName.substr(0, kDbfNameBytes - sSuffix.size()) + sSuffix;
+    }
+    return sTry;
+}
+
+void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader, const tnwColumn& oColumn,
+                          std::string_view sName) {
     if (IsGeometryColumn(oColumn)) return;
     const std::int32_t lSize = FieldByte(oColumn.Size());
     const std::int32_t lPrecision = FieldByte(oColumn.Precision());
@@ -100,7 +119,6 @@ void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
 
     char aField[kDbfFieldBytes] = {};
     // Eleven bytes of name, not ten and a terminator: a long key fills them all.
-    const std::string sName = platform::ToNarrow(oColumn.Key());
     std::memcpy(aField, sName.data(), std::min(sName.size(), kDbfNameBytes));
     aField[11] = FieldTypeLetter(oColumn.Type());
     aField[16] = static_cast<char>(lSize);

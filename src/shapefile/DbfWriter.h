@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "core/GISLib.h"
 #include "platform/File.h"
@@ -38,11 +40,17 @@ char FieldTypeLetter(std::int32_t lType);
 // A column named "geometry" in any case has no field: its value is the record's shape.
 bool IsGeometryColumn(const tnwColumn& oColumn);
 
-// Appends the column's 32-byte descriptor to oFile and adds it to the header's lengths.
-// A Size or Precision outside 0 to 255, or a header or record length past 32767, is error 6,
-// raised before anything is written.
-void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader,
-                          const tnwColumn& oColumn);
+// The field's name as the table holds it: the first 11 bytes of the key in the code page.
+std::string FieldName(const tnwColumn& oColumn);
+// sName made unlike each of vTaken, compared without case, within 11 bytes: it keeps as many
+// of its first bytes as leave room for "_1", "_2"... Names from FieldName stay narrow text.
+std::string UniqueFieldName(const std::string& sName, const std::vector<std::string>& vTaken);
+
+// Appends the column's 32-byte descriptor, named sName (cut to 11 bytes), to oFile and adds
+// it to the header's lengths. A Size or Precision outside 0 to 255, or a header or record
+// length past 32767, is error 6, raised before anything is written.
+void WriteFieldDescriptor(platform::OutputFile& oFile, DBFHeader& tHeader, const tnwColumn& oColumn,
+                          std::string_view sName);
 
 // Appends the column's current value to sRecord, exactly Size bytes. With bBlankEmpty an empty
 // value is a blank field. With bFitNumbers a double is first rounded half to even to the

@@ -146,10 +146,14 @@ void tnwShapeEncoder::CreateFiles() {
     m_iDbfFile.Write(aHeader, sizeof aHeader);
 
     if (!m_oColumns) Raise(errObjectNotSet);
+    std::vector<std::string> vNames;
     for (const auto& oColumn : m_oColumns->Items()) {
         if (!oColumn) Raise(errObjectNotSet);
-        if (IsOutputColumn(*oColumn))
-            detail::WriteFieldDescriptor(m_iDbfFile, m_tDbfHeader, *oColumn);
+        if (!IsOutputColumn(*oColumn) || detail::IsGeometryColumn(*oColumn)) continue;
+        std::string sName = detail::FieldName(*oColumn);
+        if (m_bUniqueFieldNames) sName = detail::UniqueFieldName(sName, vNames);
+        detail::WriteFieldDescriptor(m_iDbfFile, m_tDbfHeader, *oColumn, sName);
+        vNames.push_back(std::move(sName));
     }
 
     if (m_lShapeType == 0) return;
@@ -212,7 +216,15 @@ bool tnwShapeEncoder::Update2(bool bForceGeometry) {
             throw Error(errPathFileAccess, "tnwEncoders",
                         "The set is unfinished after a failed write: " + m_sFilename);
         std::int32_t lWords = -1;  // a .dbf-only set writes its record in any case
-        if (m_iShpFile.IsOpen()) lWords = (m_oGeom || !bForceGeometry) ? WriteShape() : 0;
+        if (m_iShpFile.IsOpen()) {
+            if (m_oGeom || !bForceGeometry) {
+                lWords = WriteShape();
+            } else if (m_bWriteNullShapes) {
+                lWords = WriteNullShape();
+            } else {
+                lWords = 0;
+            }
+        }
         if (lWords != 0) {
             StageDbfRecord();
             CommitRecord(lWords);
@@ -255,9 +267,23 @@ char* tnwShapeEncoder::StageRecord(std::int64_t lContentBytes) {
     return aBytes + detail::kRecordHeaderBytes;
 }
 
+std::int32_t tnwShapeEncoder::WriteNullShape() {
+    char* aContent = StageRecord(4);
+    detail::PutLong(aContent, 0);
+    return 2;
+}
+
 std::int32_t tnwShapeEncoder::WritePoint(double dX, double dY) {
     std::int32_t lWords = 0;
     Guard(kSourceWritePoint, [&] {
+        if (m_bProjectPoints && m_oProjection) {
+            const auto oProjected =
+                std::dynamic_pointer_cast<IPoint>(m_oFactory->CreatePoint(dX, dY, nullptr)
+                                                      ->Project(m_oProjection->SpatialReference()));
+            if (!oProjected) Raise(errTypeMismatch);
+            dX = oProjected->X();
+            dY = oProjected->Y();
+        }
         const double x = dX + m_dXOffset;
         const double y = dY + m_dYOffset;
         RequireFinite(x, y);
@@ -379,6 +405,9 @@ void tnwShapeEncoder::CommitRecord(std::int32_t lWords) {
     // Offsets are counted in 16-bit words in an int32: a .shp stops just short of 4 GiB.
     if (lWords > 0 && m_lShpWords > kMaxLong - detail::kRecordHeaderWords - lWords)
         Raise(errOverflow);
+    const std::int64_t lDbf = m_iDbfFile.Tell();
+    const std::int64_t lShp = m_iShpFile.IsOpen() ? m_iShpFile.Tell() : 0;
+    const std::int64_t lShx = m_iShxFile.IsOpen() ? m_iShxFile.Tell() : 0;
     try {
         if (lWords > 0) {
             m_iShpFile.Write(m_aShpRecord.data(), m_aShpRecord.size());
@@ -393,8 +422,21 @@ void tnwShapeEncoder::CommitRecord(std::int32_t lWords) {
         m_iDbfFile.Write(m_sDbfRecord);
         ++m_tDbfHeader.lRecordCount;
     } catch (...) {
-        m_bOutputFailed = true;
+        // The counters moved only after every write went through: they still match the cut.
+        if (!DropPartialRecord(lDbf, lShp, lShx)) m_bOutputFailed = true;
         throw;
+    }
+}
+
+bool tnwShapeEncoder::DropPartialRecord(std::int64_t lDbf, std::int64_t lShp,
+                                        std::int64_t lShx) noexcept {
+    try {
+        m_iDbfFile.Truncate(lDbf);
+        if (m_iShpFile.IsOpen()) m_iShpFile.Truncate(lShp);
+        if (m_iShxFile.IsOpen()) m_iShxFile.Truncate(lShx);
+        return true;
+    } catch (...) {
+        return false;
     }
 }
 
@@ -423,7 +465,7 @@ void tnwShapeEncoder::CloseFiles() {
             m_iShpFile.Close();
             const auto oFiles = FileUtility();
             if (m_oColumns) oFiles->SaveTextFile(ColumnList(), m_sFilename + ".mcd");
-            oFiles->SaveTextFile(kPrjText, m_sFilename + ".prj");
+            oFiles->SaveTextFile(PrjText(), m_sFilename + ".prj");
             if (m_iShxFile.IsOpen()) {
                 m_tShxHeader.lFileLength = m_lShxWords;
                 m_tShxHeader.tBox = m_tShpHeader.tBox;
@@ -447,6 +489,16 @@ void tnwShapeEncoder::CloseUnfinished() {
             // The failure that left the set unfinished has been reported already.
         }
     }
+}
+
+std::string tnwShapeEncoder::PrjText() const {
+    if (m_bPrjFromProjection && m_oProjection) {
+        if (const auto oSystem = m_oProjection->SpatialReference()) {
+            std::string sText = oSystem->PrjText();
+            if (!sText.empty()) return sText;
+        }
+    }
+    return kPrjText;
 }
 
 std::string tnwShapeEncoder::ColumnList() const {

@@ -3,9 +3,10 @@
 // With no geometry type the set is the .dbf alone.
 //
 // Each record is staged in full (shape, index entry, attribute record) before its first byte
-// goes out, so a record whose geometry or values fail leaves no trace in any file. A failed
-// write to a file leaves the set unfinished: it takes no further records, and CloseFiles
-// closes it without patching its headers, so that it never claims records it lost.
+// goes out, so a record whose geometry or values fail leaves no trace in any file. A write
+// that fails part-way is cut back out of the files, and the set goes on whole without that
+// record. Only when that fails too is the set unfinished: it takes no further records, and
+// CloseFiles closes it without patching its headers, so that it never claims records it lost.
 #pragma once
 
 #include <cstdint>
@@ -97,6 +98,24 @@ public:
     bool ExportCentroids() const { return m_bExportCentroids; }
     void SetExportCentroids(bool bExportCentroids) { m_bExportCentroids = bExportCentroids; }
 
+    // Extensions, all off by default.
+    //
+    // Field names cut to 11 bytes that would repeat one before them get "_1", "_2"...
+    // Must be set before InitializeFile.
+    bool UniqueFieldNames() const { return m_bUniqueFieldNames; }
+    void SetUniqueFieldNames(bool bUnique) { m_bUniqueFieldNames = bUnique; }
+    // A record with no geometry is written as a null shape with its attributes, rather than
+    // not at all.
+    bool WriteNullShapes() const { return m_bWriteNullShapes; }
+    void SetWriteNullShapes(bool bWrite) { m_bWriteNullShapes = bWrite; }
+    // Points go through Projection as polygons and lines do.
+    bool ProjectPoints() const { return m_bProjectPoints; }
+    void SetProjectPoints(bool bProject) { m_bProjectPoints = bProject; }
+    // The .prj says the system of Projection where it has a text for one, rather than
+    // always WGS 84.
+    bool PrjFromProjection() const { return m_bPrjFromProjection; }
+    void SetPrjFromProjection(bool bFrom) { m_bPrjFromProjection = bFrom; }
+
 private:
     // ItnwEncoder, forwarded to the operations above.
     std::shared_ptr<tnwColumns> ItnwEncoder_Columns() const override { return Columns(); }
@@ -133,6 +152,8 @@ private:
     std::int32_t WritePolygon(const std::shared_ptr<IGeometry>& oGeometry);
     std::int32_t WritePolyLine(const std::shared_ptr<IGeometry>& oGeometry);
     std::int32_t WriteShape();
+    // A null shape: a record that holds only shape type 0.
+    std::int32_t WriteNullShape();
     // The record header of the staged record; gives where its content goes.
     char* StageRecord(std::int64_t lContentBytes);
     std::int32_t StagePartsRecord(const detail::PartAccumulators& tAcc, std::int32_t lParts);
@@ -140,6 +161,10 @@ private:
     void StageDbfRecord();
     // Writes the staged records to the three files and counts them.
     void CommitRecord(std::int32_t lWords);
+    // Cuts each file back to where it stood before a record that failed part-way, so the
+    // set stays whole; false when that fails too.
+    bool DropPartialRecord(std::int64_t lDbf, std::int64_t lShp, std::int64_t lShx) noexcept;
+    std::string PrjText() const;
     std::string ColumnList() const;
     void CloseUnfinished();
     // One region of the summary export: its records from the stored point, then Update2.
@@ -172,6 +197,10 @@ private:
     bool m_bExportCentroids = false;
     bool m_bFitNumbersToFields = false;
     std::shared_ptr<tnwGISCallback> m_oCallback;
+    bool m_bUniqueFieldNames = false;
+    bool m_bWriteNullShapes = false;
+    bool m_bProjectPoints = false;
+    bool m_bPrjFromProjection = false;
 
     // A write to one of the files failed: the set can no longer be finished whole.
     bool m_bOutputFailed = false;

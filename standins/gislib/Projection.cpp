@@ -2,7 +2,9 @@
 
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <numbers>
+#include <string>
 
 #include "core/Error.h"
 
@@ -173,6 +175,43 @@ std::string SpatialReference::Name() const {
             break;
     }
     return "WGS 84 / UTM zone " + std::to_string(m_lZone) + (m_bNorth ? "N" : "S");
+}
+
+std::string SpatialReference::PrjText() const {
+    const std::string sGeographic =
+        "GEOGCS[\"GCS_WGS_1984\",DATUM[\"D_WGS_1984\",SPHEROID[\"WGS_1984\",6378137.0,"
+        "298.257223563]],PRIMEM[\"Greenwich\",0.0],UNIT[\"Degree\",0.0174532925199433]]";
+    const auto parameter = [](const char* sName, double dValue) {
+        // Whole numbers as the .prj texts of the common tools write them: with ".0".
+        std::string sValue = std::to_string(static_cast<long long>(dValue));
+        if (static_cast<double>(static_cast<long long>(dValue)) != dValue) {
+            char aText[32];
+            std::snprintf(aText, sizeof aText, "%.15g", dValue);
+            sValue = aText;
+        } else {
+            sValue += ".0";
+        }
+        return std::string(",PARAMETER[\"") + sName + "\"," + sValue + "]";
+    };
+    switch (m_eKind) {
+        case Kind::Geographic:
+            return std::string();  // the encoder's own text says it
+        case Kind::WebMercator:
+            return "PROJCS[\"WGS_1984_Web_Mercator_Auxiliary_Sphere\"," + sGeographic +
+                   ",PROJECTION[\"Mercator_Auxiliary_Sphere\"]" + parameter("False_Easting", 0) +
+                   parameter("False_Northing", 0) + parameter("Central_Meridian", 0) +
+                   parameter("Standard_Parallel_1", 0) + parameter("Auxiliary_Sphere_Type", 0) +
+                   ",UNIT[\"Meter\",1.0]]";
+        case Kind::UTM:
+            break;
+    }
+    return "PROJCS[\"WGS_1984_UTM_Zone_" + std::to_string(m_lZone) + (m_bNorth ? "N" : "S") +
+           "\"," + sGeographic + ",PROJECTION[\"Transverse_Mercator\"]" +
+           parameter("False_Easting", kUtmFalseEasting) +
+           parameter("False_Northing", m_bNorth ? 0.0 : kUtmFalseNorthingSouth) +
+           parameter("Central_Meridian", 6.0 * m_lZone - 183.0) +
+           parameter("Scale_Factor", kUtmScale) + parameter("Latitude_Of_Origin", 0) +
+           ",UNIT[\"Meter\",1.0]]";
 }
 
 std::int32_t SpatialReference::EPSG() const {

@@ -26,6 +26,8 @@ public:
 
     // "WGS 84", "WGS 84 / Pseudo-Mercator", "WGS 84 / UTM zone 33N".
     std::string Name() const override;
+    // The system in the words of a .prj file.
+    std::string PrjText() const override;
     std::int32_t EPSG() const;
     Kind GetKind() const { return m_eKind; }
 

@@ -14,6 +14,16 @@ constexpr std::size_t kLargestBlock = std::size_t{1} << 20;
 }  // namespace
 
 void StringBuilder::Append(std::string_view sText) {
+    Add(m_sSeparator);
+    Add(sText);
+}
+
+void StringBuilder::AppendLine(std::string_view sText) {
+    Append(sText);
+    Add("\r\n");
+}
+
+void StringBuilder::Add(std::string_view sText) {
     m_nLength += sText.size();
     while (!sText.empty()) {
         if (m_aBlocks.empty() || m_aBlocks.back().size() == m_aBlocks.back().capacity()) {
@@ -27,11 +37,6 @@ void StringBuilder::Append(std::string_view sText) {
         sBlock.append(sText.substr(0, nTaken));
         sText.remove_prefix(nTaken);
     }
-}
-
-void StringBuilder::AppendLine(std::string_view sText) {
-    Append(sText);
-    Append("\r\n");
 }
 
 std::string StringBuilder::Text() const {

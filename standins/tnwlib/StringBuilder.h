@@ -16,9 +16,13 @@ class StringBuilder final : public tnwStringBuilder {
 public:
     void Append(std::string_view sText) override;
     void AppendLine(std::string_view sText) override;
+    void SetSeparator(std::string_view sSeparator) override { m_sSeparator = sSeparator; }
     std::string Text() const override;
 
 private:
+    void Add(std::string_view sText);
+
+    std::string m_sSeparator;
     std::vector<std::string> m_aBlocks;
     std::size_t m_nLength = 0;
 };

@@ -5,6 +5,7 @@
 #include "bridge/tnwDecoderRecordSource.h"
 #include "core/Error.h"
 #include "encoders/tnwASCIIEncoder.h"
+#include "fgp/FGPWriter.h"
 #include "ogc_sf/WKT.h"
 #include "platform/ByteOrder.h"
 #include "shapefile/tnwShapeEncoder.h"
@@ -211,6 +212,81 @@ TEST_F(RecordSourceTest, FilesWithoutRecords) {
         m_oDir.Path("none.shp"), std::make_shared<tnwDecoderRecordSource>(Text("n.csv", "X,Y\n"))));
     oEncoder.CloseFiles();
     EXPECT_EQ(ReadFile(m_oDir.Path("none.shp")).size(), 100u);
+}
+
+// An FGP set of one closed and one open region, an empty region, two lines (3 and 0 vertices)
+// and two points, walked by phase and kind.
+TEST_F(RecordSourceTest, FGPSetsByPhase) {
+    using standins::fgp::PointData;
+    const auto P = [](double dX, double dY) {
+        PointData t;
+        t.dLongitude = dX;
+        t.dLatitude = dY;
+        return t;
+    };
+    const std::string sPath = m_oDir.Path("set.fgp");
+    {
+        standins::FGPWriter oWriter(sPath);
+        oWriter.AddRegion(std::vector{P(0, 0), P(1, 0), P(1, 1), P(0, 0)});
+        oWriter.AddRegion(std::vector{P(5, 5), P(6, 5), P(6, 6)});
+        oWriter.AddRegion({});
+        oWriter.AddLine(std::vector{P(0.1, 0.2), P(0.3, 0.4), P(1e-17, 1.0 / 3)});
+        oWriter.AddLine({});
+        oWriter.AddPoint(P(7, 8));
+        oWriter.AddPoint(P(9, 10));
+        oWriter.Close();
+    }
+    struct Case {
+        std::int16_t iPhase;
+        bool bAsSites;
+        std::int32_t eType;
+        std::vector<std::string> vWKT;  // of each record, "" for none
+    } aCases[] = {
+        {1,
+         false,
+         tnwGeometryRegion,
+         {"POLYGON ((0 0,1 0,1 1,0 0))", "POLYGON ((5 5,6 5,6 6,5 5))", ""}},
+        {2, false, tnwGeometryLine, {"LINESTRING (0.1 0.2,0.3 0.4,1e-17 0.3333333333333333)", ""}},
+        {2,
+         true,
+         tnwGeometryPoint,
+         {"POINT (0.1 0.2)", "POINT (0.3 0.4)", "POINT (1e-17 0.3333333333333333)"}},
+        {3, true, tnwGeometryPoint, {"POINT (7 8)", "POINT (9 10)"}},
+        {0,
+         true,
+         tnwGeometryRegion,
+         {"POLYGON ((0 0,1 0,1 1,0 0))", "POLYGON ((5 5,6 5,6 6,5 5))", "", "POINT (0.1 0.2)",
+          "POINT (0.3 0.4)", "POINT (1e-17 0.3333333333333333)", "POINT (7 8)", "POINT (9 10)"}},
+    };
+    for (const Case& t : aCases) {
+        SCOPED_TRACE(std::to_string(t.iPhase) + (t.bAsSites ? " sites" : ""));
+        auto oSet = std::make_shared<tnwFGPDecoder>();
+        oSet->SetAsSites(t.bAsSites);
+        oSet->SetFilename(sPath);
+        tnwDecoderRecordSource oSource(oSet, Parse, t.iPhase);
+        const auto oProgress = std::make_shared<Recorder>();
+        oSource.SetCallback(oProgress);
+        EXPECT_EQ(oSource.GeometryType(), t.eType);
+        EXPECT_EQ(oSource.RecordCount(), static_cast<std::int32_t>(t.vWKT.size()));
+        std::vector<std::string> vWKT;
+        for (oSource.MoveFirst(); !oSource.Eof(); oSource.MoveNext()) {
+            const auto oGeometry = oSource.Geometry();
+            vWKT.push_back(oGeometry ? oGeometry->WKT() : "");
+        }
+        EXPECT_EQ(vWKT, t.vWKT);
+        EXPECT_EQ(oSource.RowsSkipped(), 0);
+        EXPECT_EQ(oProgress->vValues.back(), 100.0);
+    }
+    // Without a parser regions and lines have no geometry; an empty set has no kind.
+    auto oSet = std::make_shared<tnwFGPDecoder>();
+    oSet->SetFilename(sPath);
+    tnwDecoderRecordSource oNoParser(oSet);
+    oNoParser.MoveFirst();
+    EXPECT_EQ(oNoParser.Geometry(), nullptr);
+    standins::FGPWriter(m_oDir.Path("empty.fgp")).Close();
+    auto oEmpty = std::make_shared<tnwFGPDecoder>();
+    oEmpty->SetFilename(m_oDir.Path("empty.fgp"));
+    EXPECT_EQ(tnwDecoderRecordSource(oEmpty).GeometryType(), 0);
 }
 
 }  // namespace

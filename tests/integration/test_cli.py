@@ -42,6 +42,37 @@ def read_set(base):
         return reader.shapeType, shapes, fields, [list(r) for r in reader.records()]
 
 
+def read_dbf(path):
+    """(field names and types, records as lists of stripped texts), read from the format."""
+    with open(path, "rb") as f:
+        data = f.read()
+    count, header_len, record_len = struct.unpack_from("<IHH", data, 4)
+    fields = []
+    for offset in range(32, header_len - 1, 32):
+        name = data[offset : offset + 11].split(b"\0")[0].decode("cp1252")
+        fields.append((name, chr(data[offset + 11]), data[offset + 16], data[offset + 17]))
+    records = []
+    for k in range(count):
+        row, place = [], header_len + k * record_len + 1
+        for _, _, width, _ in fields:
+            row.append(data[place : place + width].decode("utf-8", "replace").strip())
+            place += width
+        records.append(row)
+    return fields, records
+
+
+def read_shp(path):
+    """(shape type, records as lists of parts of (x, y)), through pyshp."""
+    kind, shapes, _, _ = read_set(os.path.splitext(path)[0])
+    return kind, shapes
+
+
+def example_rows(name):
+    """The example's lines with its header."""
+    with open(os.path.join(EXAMPLES, name), newline="") as f:
+        return list(csv.reader(f))
+
+
 def numbers(wkt):
     return [float(v) for v in re.findall(r"-?\d+(?:\.\d+)?", wkt)]
 
@@ -55,17 +86,27 @@ class ToolCase(unittest.TestCase):
     def setUp(self):
         self._tmp = tempfile.TemporaryDirectory(prefix="tnw-cli-")
         self.addCleanup(self._tmp.cleanup)
+        self.dir = self._tmp.name
 
     def path(self, name):
         return os.path.join(self._tmp.name, name)
 
-    def write(self, name, text):
-        with open(self.path(name), "w", newline="", encoding="cp1252") as f:
+    def write(self, name, text, newline=""):
+        with open(self.path(name), "w", newline=newline, encoding="cp1252") as f:
             f.write(text)
         return self.path(name)
 
     def example(self, name):
         return os.path.join(EXAMPLES, name)
+
+    def check_set(self, base, *options):
+        done = subprocess.run([CHECKER, "--quiet", *options, base], capture_output=True, text=True)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+
+    def convert_ok(self, *args):
+        code, out, err = run("convert", *args)
+        self.assertEqual((code, out), (0, ""), err)
+        return err
 
     def convert(self, source, target, *options, checks=()):
         """Converts with success and silence on stdout; a written set must pass the checker."""
@@ -181,8 +222,11 @@ class ConvertOptions(ToolCase):
         self.assertAlmostEqual(x, float(first[0]) + 0.5, places=9)
         self.assertAlmostEqual(y, float(first[1]) - 0.25, places=9)
 
+        # The .prj says the projection, which the checker's WGS 84 text does not.
         base, _ = self.convert(self.example("boundaries.csv"), "p.shp", "--wkt-col", "3",
-                               "--projection", "utm:15n")
+                               "--projection", "utm:15n", checks=["--no-sidecars"])
+        with open(base + ".prj") as f:
+            self.assertTrue(f.read().startswith('PROJCS["WGS_1984_UTM_Zone_15N",'))
         # Central Iowa, near the middle of zone 15 (-96 to -90 degrees).
         for x, y in (p for shape in read_set(base)[1] for ring in shape for p in ring):
             self.assertTrue(400_000 < x < 600_000 and 4_600_000 < y < 4_700_000, (x, y))
@@ -233,7 +277,7 @@ class Failures(ToolCase):
         ] + [(2, ["convert", y, x, *bad], "") for bad in (
             ["--bogus"], ["--geometry", "blob"], ["--lon-col", "0"], ["--lon-col", "1"],
             ["--wkt-col", "99"], ["--delimiter", "ab"], ["--no-header"],
-            ["--projection", "mars:1"], ["--projection", "utm:15n"], ["--from", "xls"])] + [
+            ["--projection", "mars:1"], ["--from", "xls"])] + [
             (2, ["convert", y, self.path("x.csv"), "--centroids"], ""),
             (2, ["convert", y], ""), (2, [], "")]
         for code, args, text in cases:
@@ -337,12 +381,12 @@ class Info(ToolCase):
             ([fields + ".shp"], [lit("Region (shape type 5)"), "degrees", lit("Records:  3 "),
                                  lit("x %.7f to %.7f, y %.7f to %.7f" % (
                                      min(wkt[0::2]), max(wkt[0::2]), min(wkt[1::2]), max(wkt[1::2]))),
-                                 r"\n  Field +C 254\n  Area +N 24\.15\n  Crop +C 254\n"]),
+                                 r"\n  Field +C 7\n  Area +N 24\.15\n  Crop +C 8\n"]),
             ([points + ".shp"], [lit("Point (shape type 1)"), "Records:  %d " % count]),
             ([empty + ".shp"], [lit("none (no shapes)"), "Records:  0 "]),
             ([table + ".dbf"], ["Records:  %d\n" % count,
                                 lit("Schema:   Yield~N~24~15~|Moisture~N~24~15~|Speed~N~24~15~|"
-                                    "Elevation~N~24~15~|Crop~C~254~0~\n")]),
+                                    "Elevation~N~24~15~|Crop~C~4~0~\n")]),
             ([self.example("boundaries.csv"), "--wkt-col", "3"],
              ["well-known text in field 3", "Records:  3\n", "Boundary +text +field 3, hidden"]),
         ]
@@ -352,6 +396,93 @@ class Info(ToolCase):
                 self.assertEqual(code, 0, err)
                 for pattern in patterns:
                     self.assertRegex(out, pattern)
+
+
+def read_fgp(path):
+    """(regions, lines, points) of an FGP main file, each point (fsn row, lon, lat), read from
+    the format as docs/fgp-format.md gives it."""
+    with open(path, "rb") as f:
+        data = f.read()
+    assert data[:8] == b"\x89FGP\r\n\x1a\n"
+    regions, lines, points, vertices = struct.unpack_from("<iiiq", data, 12)
+    records = [struct.unpack_from("<iiidddd", data, 32 + 52 * k) for k in range(vertices + points)]
+    record = [(r[0], r[4], r[5]) for r in records]
+    table = 32 + 52 * (vertices + points)
+    parts = [struct.unpack_from("<qi", data, table + 12 * k) for k in range(regions + lines)]
+    as_lists = [record[first : first + count] for first, count in parts]
+    return as_lists[:regions], as_lists[regions:], record[vertices:]
+
+
+class FGPSets(ToolCase):
+    @staticmethod
+    def table(path):
+        with open(path, "rb") as dbf, shapefile.Reader(dbf=dbf, encoding="cp1252") as reader:
+            return [f[0] for f in reader.fields[1:]], [list(r) for r in reader.records()]
+
+    def test_sample_becomes_a_shapefile_set_of_each_kind(self):
+        regions, lines, points = read_fgp(self.example("spray.fgp"))
+        _, samples = self.table(self.example("spray.fsn"))
+        closed = [r + r[:1] * (r[0][1:] != r[-1][1:]) for r in regions]
+        cases = (
+            ("regions", [], 5, [[(v[1], v[2]) for v in r] for r in closed]),
+            ("lines", [], 3, [[(v[1], v[2]) for v in line] for line in lines]),
+            ("points", [], 1, [[(p[1], p[2])] for p in points]),
+            ("lines", ["--as-sites"], 1, [[(v[1], v[2])] for line in lines for v in line]),
+        )
+        for phase, options, shape_type, shapes in cases:
+            with self.subTest(phase=phase, options=options):
+                base, _ = self.convert(self.example("spray.fgp"), phase + "".join(options) + ".shp",
+                                       "--phase", phase, *options)
+                kind, got, fields, records = read_set(base)
+                self.assertEqual((kind, len(got)), (shape_type, len(shapes)))
+                # The writer may turn a ring around to wind it as the format asks.
+                for parts, expected in zip(got, shapes):
+                    self.assertIn(parts[0], (expected, expected[::-1]))
+        # Each site carries its own sample row.
+        rate = [f[0] for f in fields].index("Rate_Act")
+        self.assertEqual([r[rate] for r in records],
+                         [samples[v[0] - 1][0] for line in lines for v in line])
+
+    def test_all_kinds_as_text_with_times_and_attributes(self):
+        self.convert(self.example("spray.fgp"), "all.csv", "--as-sites")
+        with open(self.path("all.csv"), newline="") as f:
+            records = list(csv.DictReader(f))
+        self.assertEqual(len(records), 2 + 240 + 5)
+        self.assertTrue(records[0]["Geometry"].startswith("POLYGON (("))
+        site, point = records[2], records[-1]
+        self.assertEqual(float(site["UTCTime"]), 1718182800)  # 09:00 on the row's day
+        self.assertEqual((site["Date"], site["Operator"]), ("2024-06-12", "R. Lind"))
+        self.assertEqual(float(point["UTCTime"]), 1718380800 + 1200)  # a full time stays
+
+    def test_info_tells_the_parts_and_the_side_tables(self):
+        code, out, err = run("info", self.example("spray.fgp"))
+        self.assertEqual(code, 0, err)
+        for line in ("Regions:  2\n", "Lines:    8 (240 vertices)\n", "Points:   5\n",
+                     "Records:  15\n", "spray.fsn, 263 rows: Rate~N~8~2~|"):
+            self.assertIn(line, out)
+        code, out, _ = run("info", self.example("spray.fgp"), "--as-sites", "--phase", "lines")
+        self.assertIn("Records:  240\n", out)
+
+    def test_points_become_a_set_with_both_side_tables_and_read_back(self):
+        src = self.write("pts.csv", "Longitude,Latitude,Rate,NDVI,Crop\n"
+                                    "-93.5,42.25,12.5,.61,corn\n-93.6,42.5,13,.7,soy\n")
+        _, err = self.convert(src, "out.fgp")
+        self.assertIn("0 regions, 0 lines, 2 points", err)
+        self.assertEqual(read_fgp(self.path("out.fgp"))[2], [(1, -93.5, 42.25), (2, -93.6, 42.5)])
+        self.assertEqual(self.table(self.path("out.fsn")), (["Rate", "NDVI"], [[12.5, .61], [13, .7]]))
+        self.assertEqual(self.table(self.path("out.fdt")), (["Crop"], [["corn"], ["soy"]]))
+        self.convert(self.path("out.fgp"), "back.csv")
+        with open(self.path("back.csv"), newline="") as f:
+            back = [(float(r["Rate_Act"]), float(r["NDVI"]), r["Crop"]) for r in csv.DictReader(f)]
+        self.assertEqual(back, [(12.5, .61, "corn"), (13, .7, "soy")])
+
+    def test_damaged_sets_and_bad_options(self):
+        with open(self.example("spray.fgp"), "rb") as f:
+            data = f.read()
+        with open(self.path("cut.fgp"), "wb") as f:
+            f.write(data[:-5])
+        self.assertIn("cut.fgp", self.fails(3, "convert", self.path("cut.fgp"), self.path("x.shp")))
+        self.fails(2, "convert", self.example("spray.fgp"), self.path("x.shp"), "--phase", "roads")
 
 
 class Previews(ToolCase):
@@ -462,8 +593,7 @@ class Progress(ToolCase):
 
     def test_summary_bar_names_the_region(self):
         log = self.example("yield.csv")
-        code, seen = self.run_on_terminal("summary", log, log, self.path("s.shp"))
-        self.assertEqual(code, 0)
+        seen = self.on_terminal("summary", log, log, self.path("s.shp"))
         self.assertIn("writing Regions 2 / 2 [", seen)
 
 
@@ -629,7 +759,7 @@ class Examples(unittest.TestCase):
         script = os.path.join(EXAMPLES, "..", "scripts", "make_examples.py")
         with tempfile.TemporaryDirectory(prefix="tnw-examples-") as folder:
             subprocess.run([sys.executable, script, folder], check=True)
-            for name in ("yield.csv", "boundaries.csv"):
+            for name in ("yield.csv", "boundaries.csv", "spray.fgp", "spray.fdt", "spray.fsn"):
                 with open(os.path.join(folder, name), "rb") as made, \
                         open(os.path.join(EXAMPLES, name), "rb") as bundled:
                     self.assertEqual(made.read(), bundled.read(), name)

@@ -48,17 +48,18 @@ protected:
 
 // A header length past 32,767 reads as the negative number of its signed field: the reader
 // takes no fields and MoveFirst fails, rather than reading records from a wrapped offset.
-TEST_F(SizeLimits, DBFHeaderLengthPastTheSignedRangeIsRefused) {
+// Header lengths are unsigned 16-bit: 40,000 is a long header, and one the file does not hold
+// is refused at SetFilename with "Input past end of file".
+TEST_F(SizeLimits, DBFHeaderLengthPastTheFileIsRefused) {
     ASSERT_TRUE(WriteTable({9, 9}));
     std::string sDbf = ReadFile(sBase + ".dbf");
     sDbf[8] = '\x40';  // 40,000 = 0x9C40
     sDbf[9] = '\x9C';
     WriteFile(sBase + ".dbf", sDbf);
     tnwDBFDecoder oReader;
-    oReader.SetFilename(sBase + ".dbf");
-    EXPECT_EQ(oReader.Columns()->Count(), 0);
+    EXPECT_EQ(ErrorNumberOf([&] { oReader.SetFilename(sBase + ".dbf"); }), 62);
+    EXPECT_FALSE(oReader.IsValidFile());
     EXPECT_TRUE(oReader.MoveFirst().IsEmpty());
-    EXPECT_THROW(oReader.MoveToRecord(1), Error);
 }
 
 // Record offsets are 64-bit: with 32-byte records, record 2^27 + 1 lies at 4 GiB past the

@@ -1,6 +1,8 @@
 // Stress runs for scripts/stress.sh, one per process so that each reports its own peak memory:
 //   stress_points write <base> <records>   a point set through tnwShapeEncoder
 //   stress_points read <table.dbf> <records>   the table back through tnwDBFDecoder, checked
+//   stress_points fgp <base> <points>   an FGP set of that many points (half of them vertices of
+//       lines of 1000, half loose points) written, then walked as sites through tnwFGPDecoder
 //   stress_points shp-limit <base>   records of 4 Mi points until the .shp would pass the
 //       2^31 - 1 words its offsets can address; the file layer drops the record bytes, so no
 //       4 GiB reach the disk
@@ -20,6 +22,8 @@
 #include "core/Error.h"
 #include "core/GISLib.h"
 #include "decoders/tnwDBFDecoder.h"
+#include "decoders/tnwFGPDecoder.h"
+#include "fgp/FGPWriter.h"
 #include "ogc_sf/Geometries.h"
 #include "shapefile/tnwShapeEncoder.h"
 #include "support/TestSupport.h"
@@ -106,6 +110,43 @@ int ReadPoints(const std::string& sTable, std::int64_t nRecords) {
         return Fail("MoveToRecord to the middle reads wrong");
     }
     PrintResult("read", nRead, oClock);
+    return 0;
+}
+
+int WalkFGPSet(const std::string& sBase, std::int64_t nPoints) {
+    ScopedCapture oCapture;
+    const Clock oClock;
+    const std::string sPath = sBase + ".fgp";
+    const auto Place = [](std::int64_t i) { return -96.0 + static_cast<double>(i) * 1e-7; };
+    {
+        standins::FGPWriter oWriter(sPath);
+        std::vector<standins::fgp::PointData> vLine(1000);
+        std::int64_t i = 0;
+        for (; i + 1000 <= nPoints / 2; i += 1000) {
+            for (std::int64_t k = 0; k < 1000; ++k)
+                vLine[k].dLongitude = Place(i + k);
+            oWriter.AddLine(vLine);
+        }
+        for (; i < nPoints; ++i) {
+            standins::fgp::PointData t;
+            t.dLongitude = Place(i);
+            oWriter.AddPoint(t);
+        }
+        oWriter.Close();
+    }
+    tnwFGPDecoder oSet;
+    oSet.SetFilename(sPath);
+    std::int64_t nRead = 0;
+    for (bool bMore = oSet.MoveFirst().EqualsTrue(); bMore; bMore = oSet.MoveNext()) {
+        if (oSet.Longitude() != Place(nRead))
+            return Fail("point " + std::to_string(nRead) + " reads wrong");
+        ++nRead;
+    }
+    if (nRead != nPoints || oSet.PercentComplete() != 100.0) {
+        return Fail("walked " + std::to_string(nRead) + " points");
+    }
+    if (!oCapture.vReports.empty()) return Fail("reported: " + oCapture.vReports[0].sDescription);
+    PrintResult("fgp", nRead, oClock);
     return 0;
 }
 
@@ -235,11 +276,12 @@ int main(int argc, char** argv) {
         if (sMode == "write" && argc == 4) return WritePoints(argv[2], std::stoll(argv[3]));
         if (sMode == "read" && argc == 4) return ReadPoints(argv[2], std::stoll(argv[3]));
         if (sMode == "shp-limit" && argc == 3) return CrossShapeOffsetLimit(argv[2]);
+        if (sMode == "fgp" && argc == 4) return WalkFGPSet(argv[2], std::stoll(argv[3]));
     } catch (const tnw::Error& e) {
         return Fail("error " + std::to_string(e.lNumber) + ": " + e.sDescription);
     }
     std::fprintf(stderr,
                  "usage: stress_points write <base> <records> | read <table.dbf> <records> | "
-                 "shp-limit <base>\n");
+                 "fgp <base> <points> | shp-limit <base>\n");
     return 2;
 }

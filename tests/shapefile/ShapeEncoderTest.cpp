@@ -226,5 +226,27 @@ TEST_F(SetFixture, RecordsNoReaderCouldPlaceAreRefused) {
     EXPECT_EQ(capture.vReports[0].sSource, "tnwShapeEncoder.WritePoint");
 }
 
+// A write that fails is cut back out of the files: that record is refused and reported, and
+// the set takes the records after it and ends whole.
+TEST_F(SetFixture, FailedWriteIsCutBack) {
+    ASSERT_TRUE(encoder.Initialize(Base(), oColumns, tnwGeometryPoint));
+    const auto tSaved = platform::Sys().write;
+    platform::Sys().write = [](int, const void*, std::size_t) -> ssize_t {
+        errno = ENOSPC;
+        return -1;
+    };
+    int nWritten = 0;
+    while (Put(nWritten + 1, MakePoint(1, 1)))
+        ++nWritten;
+    platform::Sys().write = tSaved;
+    EXPECT_GT(nWritten, 1000);  // the buffers filled before the first write
+    ASSERT_EQ(capture.vReports.size(), 1u);
+    EXPECT_EQ(capture.vReports[0].lNumber, errDiskFull);
+    EXPECT_TRUE(Put(nWritten + 2, MakePoint(2, 2)));
+    encoder.CloseFiles();
+    EXPECT_EQ(DbfRecords(), nWritten + 1);
+    EXPECT_EQ(CheckShapeSet(Base()).iStatus, 0);
+}
+
 }  // namespace
 }  // namespace tnw::test

@@ -381,6 +381,15 @@ TEST(StandIns, TextBuilderKeepsEveryPieceInOrder) {
         sExpected += sPiece + "\r\n" + sPiece;
     }
     EXPECT_EQ(oBuilder->Text(), sExpected);
+    // A separator goes in front of each further piece until it is taken away.
+    oBuilder = CreateAs<tnwStringBuilder>("tnwlib.tnwStringBuilder", "x");
+    oBuilder->Append("a");
+    oBuilder->SetSeparator(",");
+    oBuilder->Append("b");
+    oBuilder->AppendLine("c");
+    oBuilder->SetSeparator("");
+    oBuilder->Append("d");
+    EXPECT_EQ(oBuilder->Text(), "a,b,c\r\nd");
 }
 
 TEST(StandIns, RegistryArcAngleAndErrorHandler) {
