@@ -37,6 +37,8 @@ void BindColumns(py::module_& m);
 void BindSources(py::module_& m);
 void BindEncoders(py::module_& m);
 void BindDecoders(py::module_& m);
+void BindINI(py::module_& m);
+void BindSummary(py::module_& m);
 
 // Whatever a Python object with some of the callback's methods (SetBarCount, SetBarText,
 // SetBarRange, SetBarValue, ClearBarText, ResetBar) or a plain callable (called as

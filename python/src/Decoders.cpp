@@ -3,6 +3,7 @@
 // AddDecoderProtocol.
 #include "Bindings.h"
 #include "decoders/tnwDBFDecoder.h"
+#include "decoders/tnwFGPDecoder.h"
 #include "decoders/tnwShapeDecoder.h"
 #include "delimited/tnwASCIIDecoder.h"
 
@@ -84,6 +85,48 @@ void BindDecoders(py::module_& m) {
              py::arg("delimiter"));
     AddGeometryFields(oASCII);
     AddDecoderProtocol(oASCII);
+
+    py::class_<tnwFGPDecoder, std::shared_ptr<tnwFGPDecoder>> oFGP(m, "tnwFGPDecoder");
+    oFGP.def(py::init([](py::object oFilename) {
+                 auto o = std::make_shared<tnwFGPDecoder>();
+                 if (!oFilename.is_none()) o->SetFilename(oFilename.cast<std::string>());
+                 return o;
+             }),
+             py::arg("filename") = py::none())
+        .def_property("AsSites", &tnwFGPDecoder::AsSites, &tnwFGPDecoder::SetAsSites)
+        .def_property("EmptyMissingRows", &tnwFGPDecoder::EmptyMissingRows,
+                      &tnwFGPDecoder::SetEmptyMissingRows)
+        .def_property("PointColumns", &tnwFGPDecoder::PointColumns, &tnwFGPDecoder::SetPointColumns)
+        .def_property("Filename", &tnwFGPDecoder::Filename, &tnwFGPDecoder::SetFilename)
+        .def("CloseFile", &tnwFGPDecoder::CloseFile)
+        .def_property_readonly("IsValidFile", &tnwFGPDecoder::IsValidFile)
+        .def_property_readonly("HasFSN", &tnwFGPDecoder::HasFSN)
+        .def_property_readonly("HasFDT", &tnwFGPDecoder::HasFDT)
+        .def_property_readonly("Columns", &tnwFGPDecoder::Columns)
+        .def_property_readonly("FDTSchema", &tnwFGPDecoder::FDTSchema)
+        .def_property_readonly("FDTString", &tnwFGPDecoder::FDTString)
+        .def_property_readonly("WKT", &tnwFGPDecoder::WKT)
+        .def_property_readonly("Longitude", &tnwFGPDecoder::Longitude)
+        .def_property_readonly("Latitude", &tnwFGPDecoder::Latitude)
+        .def_property_readonly("Altitude", &tnwFGPDecoder::Altitude)
+        .def_property_readonly("Heading", &tnwFGPDecoder::Heading)
+        .def_property_readonly("UTCTime", &tnwFGPDecoder::UTCTime)
+        .def_property_readonly("AttributeID", &tnwFGPDecoder::AttributeID)
+        .def_property_readonly("Rate_Act", &tnwFGPDecoder::Rate_Act)
+        .def_property_readonly("Rate_Rx", &tnwFGPDecoder::Rate_Rx)
+        .def_property_readonly("Swath", &tnwFGPDecoder::Swath)
+        .def_property_readonly("PercentComplete", &tnwFGPDecoder::PercentComplete)
+        .def_property_readonly("Eof", &tnwFGPDecoder::Eof)
+        .def_property_readonly("EOF", &tnwFGPDecoder::Eof)
+        .def_property_readonly("Phase", &tnwFGPDecoder::Phase)
+        .def("MoveFirst", &tnwFGPDecoder::MoveFirst)
+        .def("MoveNext", &tnwFGPDecoder::MoveNext)
+        .def_property_readonly("RegionID", &tnwFGPDecoder::RegionID)
+        .def_property_readonly("P_PARAM", &tnwFGPDecoder::P_PARAM)
+        .def_property_readonly("V_PARAM", &tnwFGPDecoder::V_PARAM)
+        .def_property_readonly("NDVI", &tnwFGPDecoder::NDVI)
+        .def_property_readonly("VI_2ND", &tnwFGPDecoder::VI_2ND);
+    AddDecoderProtocol(oFGP);
 
     py::class_<tnwShapeDecoder>(m, "tnwShapeDecoder")
         .def(py::init<>())

@@ -3,7 +3,10 @@
 // AddEncoderProtocol.
 #include "Bindings.h"
 #include "encoders/tnwASCIIEncoder.h"
+#include "encoders/tnwFSEncoder.h"
+#include "encoders/tnwGPLEncoder.h"
 #include "shapefile/tnwShapeEncoder.h"
+#include "veld/Summary.h"
 
 namespace tnw::python {
 
@@ -18,6 +21,14 @@ void BindEncoders(py::module_& m) {
         .def("Update2", &tnwShapeEncoder::Update2, py::arg("force_geometry") = false)
         .def("CloseFiles", &tnwShapeEncoder::CloseFiles)
         .def("ImportRS", &tnwShapeEncoder::ImportRS, py::arg("filename"), py::arg("source"))
+        .def(
+            "ExportVELDSummary",
+            [](tnwShapeEncoder& o, py::object oCallback,
+               std::shared_ptr<standins::Summary> oSummary, const std::string& sFilename) {
+                return o.ExportVELDSummary(MakeCallback(std::move(oCallback)), std::move(oSummary),
+                                           sFilename);
+            },
+            py::arg("callback"), py::arg("summary"), py::arg("filename"))
         .def_property("GeometryType", &tnwShapeEncoder::GeometryType,
                       &tnwShapeEncoder::SetGeometryType)
         .def_property("XOffset", &tnwShapeEncoder::XOffset, &tnwShapeEncoder::SetXOffset)
@@ -55,6 +66,41 @@ void BindEncoders(py::module_& m) {
         .def_property("IncludeInvisible", &tnwASCIIEncoder::IncludeInvisible,
                       &tnwASCIIEncoder::SetIncludeInvisible);
     AddEncoderProtocol(oASCII);
+
+    py::class_<tnwGPLEncoder> oGPL(m, "tnwGPLEncoder");
+    oGPL.def(py::init<>())
+        .def("Initialize", &tnwGPLEncoder::Initialize, py::arg("filename"), py::arg("columns"),
+             py::arg("gpd") = true)
+        .def("InitializeFile", &tnwGPLEncoder::InitializeFile, py::arg("filename"),
+             py::arg("columns"))
+        .def("Update", &tnwGPLEncoder::Update)
+        .def("CloseFiles", &tnwGPLEncoder::CloseFiles)
+        .def("ImportRS", &tnwGPLEncoder::ImportRS, py::arg("filename"), py::arg("source"),
+             py::arg("gpd") = true)
+        .def_property("GPD", &tnwGPLEncoder::GPD, &tnwGPLEncoder::SetGPD)
+        .def_property("KeepExtension", &tnwGPLEncoder::KeepExtension,
+                      &tnwGPLEncoder::SetKeepExtension)
+        .def_property("PositionFromPoint", &tnwGPLEncoder::PositionFromPoint,
+                      &tnwGPLEncoder::SetPositionFromPoint)
+        .def_property("WriteStartStop", &tnwGPLEncoder::WriteStartStop,
+                      &tnwGPLEncoder::SetWriteStartStop);
+    AddEncoderProtocol(oGPL);
+
+    py::class_<tnwFSEncoder> oFS(m, "tnwFSEncoder");
+    oFS.def(py::init<>())
+        .def("Initialize", &tnwFSEncoder::Initialize, py::arg("filename"), py::arg("columns"),
+             py::arg("rate_column_key") = "")
+        .def("InitializeFile", &tnwFSEncoder::InitializeFile, py::arg("filename"),
+             py::arg("columns"))
+        .def("Update", &tnwFSEncoder::Update)
+        .def("CloseFiles", &tnwFSEncoder::CloseFiles)
+        .def("ImportRS", &tnwFSEncoder::ImportRS, py::arg("filename"), py::arg("source"),
+             py::arg("rate_column_key") = "")
+        .def_property("RateColumnKey", &tnwFSEncoder::RateColumnKey,
+                      &tnwFSEncoder::SetRateColumnKey)
+        .def_property("SignedZeroDegrees", &tnwFSEncoder::SignedZeroDegrees,
+                      &tnwFSEncoder::SetSignedZeroDegrees);
+    AddEncoderProtocol(oFS);
 }
 
 }  // namespace tnw::python

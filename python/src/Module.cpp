@@ -48,4 +48,6 @@ PYBIND11_MODULE(_tnw, m) {
     BindSources(m);
     BindEncoders(m);
     BindDecoders(m);
+    BindINI(m);
+    BindSummary(m);
 }

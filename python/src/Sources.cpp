@@ -203,6 +203,7 @@ std::shared_ptr<tnwDecoderRecordSource> SourceOf(std::shared_ptr<Decoder> oDecod
 }
 template std::shared_ptr<tnwDecoderRecordSource> SourceOf(std::shared_ptr<tnwASCIIDecoder>);
 template std::shared_ptr<tnwDecoderRecordSource> SourceOf(std::shared_ptr<tnwDBFDecoder>);
+template std::shared_ptr<tnwDecoderRecordSource> SourceOf(std::shared_ptr<tnwFGPDecoder>);
 
 py::object RecordIterator::Next() {
     ClearLogicals(*m_oSource->Columns());
@@ -279,6 +280,7 @@ void BindSources(py::module_& m) {
         m, "tnwDecoderRecordSource", py::multiple_inheritance())
         .def(py::init(&SourceOf<tnwASCIIDecoder>), py::arg("decoder"))
         .def(py::init(&SourceOf<tnwDBFDecoder>), py::arg("decoder"))
+        .def(py::init(&SourceOf<tnwFGPDecoder>), py::arg("decoder"))
         .def_property("GeometryType", &tnwDecoderRecordSource::GeometryType,
                       &tnwDecoderRecordSource::SetGeometryType)
         .def_property(

@@ -337,3 +337,84 @@ def test_a_decoder_walk_reports_progress_and_counts(tmp_path):
     assert source.read_columns(numpy=False)["N"] == list(range(200))
     assert seen[-1] == 100 and seen == sorted(seen) and len(seen) > 2
     assert (source.RecordsRead, source.RowsSkipped, source.RecordCount) == (200, 0, 200)
+
+
+
+@pytest.mark.parametrize("how", ["ImportRS", "write"])
+def test_plan_grid_written_from_python(tmp_path, how):
+    columns = columns_of(("Name", tnw.vtString), ("Rate", tnw.vtDouble))
+    rows = [(("p", 120.125), "POLYGON ((-96.5 40.25,-96.25 40.25,-96.25 40.5,-96.5 40.25))"),
+            (("q", 10.5), "POLYGON ((1 1,2 1,2 2,1 1))")]
+    path, encoder = str(tmp_path / "plan"), tnw.tnwFSEncoder()
+    if how == "ImportRS":
+        assert encoder.ImportRS(path, tnw.tnwRecordSource(columns, rows), rate_column_key="Rate")
+    else:
+        with encoder:
+            assert encoder.Initialize(path, columns, "Rate") and encoder.RateColumnKey == "Rate"
+            assert all(encoder.write(values, geometry) for values, geometry in rows)
+    lines = open(path + ".fpd", newline="").read().split("\r\n")
+    assert lines[4:10] == ["GpsLongitudeMin=-96. 30", "GpsLatitudeMin=1. 0", "NumberOfPolygons=2",
+                           "RateMin= 10.5", "RateMax= 120.12", "NumberOfPoints=6"]
+    assert lines[lines.index("[DATA]") + 1:] == [
+        "1; P; 1; -96. 30; 40. 15;  120.12", "2; P; 1; -96. 15; 40. 15;  120.12",
+        "3; P; 1; -96. 15; 40. 30;  120.12", "4; P; 2; 1. 0; 1. 0;  10.5",
+        "5; P; 2; 2. 0; 1. 0;  10.5", "6; P; 2; 2. 0; 2. 0;  10.5", "[END]", ""]
+
+
+def test_ini_document_saved_and_read_back(tmp_path):
+    path = str(tmp_path / "field.ini")
+    document = tnw.tnwINIFile()
+    document.Create("A")["x"] = "1"
+    document["a"]["X"] = "2"  # keys without regard to case: the value changes, none is added
+    document.Create("Café").Create("k", "v w")
+    assert document.Create("A") is None and document.Save(path) is False
+    assert open(path, "rb").read() == b"\r\n[A]\r\nx=2\r\n\r\n[Caf\xe9]\r\nk=v w\r\n"
+    with tnw.tnwINIFile(path, load_content=True) as again:  # saved at the end of the block
+        assert again.keys() == ["A", "Café"] and "café" in again and len(again) == 2
+        assert [(v.Key, v.Value) for v in again[-1]] == [("k", "v w")]
+        assert again.Item(1).Item("x").Value == again[0][0].Value == "2"
+        with pytest.raises(KeyError):
+            again["B"]
+        assert again["A"].Remove("x") and not again["A"].Remove("x")
+    assert open(path, "rb").read() == b"\r\n[A]\r\n\r\n[Caf\xe9]\r\nk=v w\r\n"
+    with pytest.raises(ZeroDivisionError), tnw.tnwINIFile(path):
+        1 / 0
+    assert open(path, "rb").read().endswith(b"k=v w\r\n")  # a raising block saves nothing
+
+
+def test_gpl_log_read_back_with_its_start_and_stop_rows(tmp_path):
+    columns = columns_of(("UTC", tnw.vtInt32), ("Elevation", tnw.vtDouble))
+    path = str(tmp_path / "run.gpl")
+    with tnw.tnwGPLEncoder() as encoder:
+        encoder.KeepExtension = encoder.PositionFromPoint = encoder.WriteStartStop = True
+        assert encoder.Initialize(path, columns)
+        assert encoder.write((61, 300.5), (-93.25, 42.5))  # the points give the positions
+        assert encoder.write((62, 301.5), "POINT (-93.5 42.75)")
+    decoder, steps = tnw.tnwASCIIDecoder(path), []
+    ok = decoder.MoveFirst()
+    while not decoder.EOF:
+        if decoder.GPLStart or decoder.GPLEnd:
+            steps.append(("+" if decoder.GPLStart else "-") + decoder.GPLCommand)
+        else:
+            assert ok and decoder.GPL and decoder.GPDString == ""
+            steps.append((decoder.Columns["Time"].Value, decoder.Columns["Altitude"].Value,
+                          decoder.Latitude, decoder.Longitude))
+        ok = decoder.MoveNext()
+    assert steps == ["+STAR", (61, 300.5, 42.5, -93.25), (62, 301.5, 42.75, -93.5), "-STOP"]
+
+
+def test_summary_built_in_python_exported_as_points(tmp_path):
+    yield_def, summary, track = tnw.QuantityDef("Y", "Yield"), tnw.Summary(), tnw.TrackRegion()
+    assert summary.AddSeriesDef(yield_def)
+    for i in range(3):
+        track.AddRecord(10 + i, 50 + i / 2, elevation=100 + i, utc=1e9 + i)
+    track.AddSeries(tnw.Series("Y", yield_def, [7.5, 8.5, 9.5]))
+    summary.AddRegion(track)
+    bars, path = Progress(), str(tmp_path / "summary.shp")
+    assert tnw.tnwShapeEncoder().ExportVELDSummary(bars, summary, path) and bars.calls
+    reader = shapefile.Reader(path)
+    assert [tuple(s.points[0]) for s in reader.shapes()] == [(10, 50), (11, 50.5), (12, 51)]
+    names = [field[0] for field in reader.fields[1:]]
+    assert [record[names.index("Yield")] for record in reader.records()] == [7.5, 8.5, 9.5]
+    assert not tnw.tnwShapeEncoder().ExportVELDSummary(None, None, str(tmp_path / "none"))
+    assert not (tmp_path / "none.dbf").exists() and tnw.error_reports() == []
