@@ -35,10 +35,10 @@ void Walk(tnw::tnwFGPDecoder& oDecoder) {
         (void)oDecoder.FDTString();
         (void)(oDecoder.Longitude() + oDecoder.Latitude() + oDecoder.Altitude() +
                oDecoder.Heading() + oDecoder.AttributeID() + oDecoder.RegionID());
-        for (auto fnValue : {&tnw::tnwFGPDecoder::Rate_Act, &tnw::tnwFGPDecoder::Rate_Rx,
-                             &tnw::tnwFGPDecoder::Swath, &tnw::tnwFGPDecoder::P_PARAM,
-                             &tnw::tnwFGPDecoder::V_PARAM, &tnw::tnwFGPDecoder::NDVI,
-                             &tnw::tnwFGPDecoder::VI_2ND})
+        for (auto fnValue :
+             {&tnw::tnwFGPDecoder::Rate_Act, &tnw::tnwFGPDecoder::Rate_Rx,
+              &tnw::tnwFGPDecoder::Swath, &tnw::tnwFGPDecoder::P_PARAM,
+              &tnw::tnwFGPDecoder::V_PARAM, &tnw::tnwFGPDecoder::NDVI, &tnw::tnwFGPDecoder::VI_2ND})
             (void)Tolerated(fnValue, oDecoder);
         if (!oDecoder.MoveNext()) break;
     }
