@@ -29,7 +29,32 @@ std::string BoxDetail(Console& oConsole) {
     return sBox.empty() ? std::string() : " (" + sBox + ")";
 }
 
-class TextWriter final : public RecordWriter {
+// A writer of one file through an encoder that takes each record by SetGeometry and Update.
+template <class Encoder>
+class OneFileWriter : public RecordWriter {
+public:
+    bool Write(const std::shared_ptr<IGeometry>& oGeometry) override {
+        m_oEncoder.SetGeometry(oGeometry);
+        return m_oEncoder.Update();
+    }
+    void Close(std::int64_t) override { m_oEncoder.CloseFiles(); }
+    std::vector<fs::path> Files() const override { return {fs::path(m_oEncoder.Filename())}; }
+    std::vector<fs::path> Targets(const std::string& sOutput) const override {
+        return {fs::path(sOutput)};
+    }
+
+protected:
+    // Creates the file once the encoder is set up.
+    void Create(const OutputOptions& t, Input& tInput, Console& oConsole) {
+        if (!m_oEncoder.InitializeFile(t.sPath, tInput.oSource->Columns())) {
+            throw Failure(kExitOutput, "can't create " + t.sPath + BoxDetail(oConsole));
+        }
+    }
+
+    Encoder m_oEncoder;
+};
+
+class TextWriter final : public OneFileWriter<tnwASCIIEncoder> {
 public:
     void Open(const OutputOptions& t, Input& tInput, Console& oConsole) override {
         m_oEncoder.SetHeader(!t.bNoHeader);
@@ -41,49 +66,21 @@ public:
         m_oEncoder.SetIncludeInvisible(t.bIncludeInvisible);
         m_oEncoder.SetBlankEmptyValues(true);
         m_oEncoder.SetExactLonLat(true);
-        if (!m_oEncoder.InitializeFile(t.sPath, tInput.oSource->Columns())) {
-            throw Failure(kExitOutput, "can't create " + t.sPath + BoxDetail(oConsole));
-        }
+        Create(t, tInput, oConsole);
     }
-    bool Write(const std::shared_ptr<IGeometry>& oGeometry) override {
-        m_oEncoder.SetGeometry(oGeometry);
-        return m_oEncoder.Update();
-    }
-    void Close(std::int64_t) override { m_oEncoder.CloseFiles(); }
-    std::vector<fs::path> Files() const override { return {fs::path(m_oEncoder.Filename())}; }
-    std::vector<fs::path> Targets(const std::string& sOutput) const override {
-        return {fs::path(sOutput)};
-    }
-
-private:
-    tnwASCIIEncoder m_oEncoder;
 };
 
 // A GPL log under the name given, extension and all, in one start/stop stretch, so that the
 // tool reads back what it wrote. The position comes from a record's point, else from the
 // columns keyed Latitude and Longitude.
-class LogWriter final : public RecordWriter {
+class LogWriter final : public OneFileWriter<tnwGPLEncoder> {
 public:
     void Open(const OutputOptions& t, Input& tInput, Console& oConsole) override {
         m_oEncoder.SetKeepExtension(true);
         m_oEncoder.SetPositionFromPoint(true);
         m_oEncoder.SetWriteStartStop(true);
-        if (!m_oEncoder.InitializeFile(t.sPath, tInput.oSource->Columns())) {
-            throw Failure(kExitOutput, "can't create " + t.sPath + BoxDetail(oConsole));
-        }
+        Create(t, tInput, oConsole);
     }
-    bool Write(const std::shared_ptr<IGeometry>& oGeometry) override {
-        m_oEncoder.SetGeometry(oGeometry);
-        return m_oEncoder.Update();
-    }
-    void Close(std::int64_t) override { m_oEncoder.CloseFiles(); }
-    std::vector<fs::path> Files() const override { return {fs::path(m_oEncoder.Filename())}; }
-    std::vector<fs::path> Targets(const std::string& sOutput) const override {
-        return {fs::path(sOutput)};
-    }
-
-private:
-    tnwGPLEncoder m_oEncoder;
 };
 
 const char* NameOfGeometryType(std::int32_t eType) {
